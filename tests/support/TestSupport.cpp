@@ -1,0 +1,27 @@
+#include "support/TestSupport.h"
+
+namespace scrivel::test {
+
+QString printable(const QByteArray& bytes) {
+    QString out;
+    for (const char c : bytes) {
+        const auto u = static_cast<unsigned char>(c);
+        if (u >= 0x20 && u < 0x7f)
+            out += QLatin1Char(c);
+        else
+            out += QStringLiteral("\\x%1").arg(u, 2, 16, QLatin1Char('0'));
+    }
+    return out;
+}
+
+QString textOfUtf8Bytes(qsizetype byteCount, const QString& unit) {
+    const qsizetype unitBytes = unit.toUtf8().size();
+    QString text;
+    while (text.toUtf8().size() + unitBytes <= byteCount)
+        text += unit;
+    while (text.toUtf8().size() < byteCount)
+        text += QLatin1Char('a');
+    return text;
+}
+
+} // namespace scrivel::test
