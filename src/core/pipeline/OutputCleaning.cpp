@@ -1,0 +1,235 @@
+#include "pipeline/OutputCleaning.h"
+
+#include <QTextBoundaryFinder>
+#include <algorithm>
+#include <cmath>
+
+namespace scrivel {
+
+namespace {
+
+// Unicode White_Space: what a "white space and newlines" trim removes.
+bool isUnicodeWhiteSpace(char32_t c) {
+    return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
+           (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F ||
+           c == 0x205F || c == 0x3000;
+}
+
+bool isLineBreakScalar(char32_t c) {
+    return c == 0x0A || c == 0x0B || c == 0x0C || c == 0x0D || c == 0x85 || c == 0x2028 ||
+           c == 0x2029;
+}
+
+// The UTF-16 offset just past the first `count` grapheme clusters.
+qsizetype offsetAfterGraphemes(const QString& text, qsizetype count) {
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype position = 0;
+    for (qsizetype i = 0; i < count; ++i) {
+        const qsizetype next = finder.toNextBoundary();
+        if (next < 0)
+            return text.size();
+        position = next;
+    }
+    return position;
+}
+
+bool isGraphemeBoundary(const QString& text, qsizetype position) {
+    if (position <= 0 || position >= text.size())
+        return true;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    finder.setPosition(position);
+    return finder.isAtBoundary();
+}
+
+// Prefix and suffix tests by whole characters: a quote carrying a combining
+// mark is a different character from the quote itself.
+bool hasPrefixCharacters(const QString& text, QStringView prefix) {
+    return text.startsWith(prefix) && isGraphemeBoundary(text, prefix.size());
+}
+
+bool hasSuffixCharacters(const QString& text, QStringView suffix) {
+    return text.endsWith(suffix) && isGraphemeBoundary(text, text.size() - suffix.size());
+}
+
+QString unquote(const QString& text) {
+    if (graphemeCount(text) < 2)
+        return text;
+    const bool straight = hasPrefixCharacters(text, u"\"") && hasSuffixCharacters(text, u"\"");
+    const bool curly = hasPrefixCharacters(text, u"\u201C") && hasSuffixCharacters(text, u"\u201D");
+    if (!straight && !curly)
+        return text;
+    // Both quotes are single UTF-16 units standing as characters of their own.
+    return trimmedWhitespaceAndNewlines(text.mid(1, text.size() - 2));
+}
+
+// The prefaces, longest (in characters) first; equal lengths keep list order.
+const QStringList& prefacesLongestFirst() {
+    static const QStringList sorted = [] {
+        QStringList list = prefaceList();
+        std::stable_sort(list.begin(), list.end(), [](const QString& a, const QString& b) {
+            return graphemeCount(a) > graphemeCount(b);
+        });
+        return list;
+    }();
+    return sorted;
+}
+
+bool startsWithAnyPreface(const QString& lowered) {
+    const QStringList& prefaces = prefaceList();
+    return std::any_of(prefaces.begin(), prefaces.end(), [&](const QString& preface) {
+        return hasPrefixCharacters(lowered, preface);
+    });
+}
+
+qsizetype utf8Length(const QString& text) {
+    return text.toUtf8().size();
+}
+
+} // namespace
+
+const QStringList& prefaceList() {
+    static const QStringList list = {
+        QStringLiteral("here is the corrected text:"),
+        QStringLiteral("here is the corrected text"),
+        QStringLiteral("here's the corrected text:"),
+        QStringLiteral("here's the corrected text"),
+        QStringLiteral("here is the fixed text:"),
+        QStringLiteral("here is the fixed text"),
+        QStringLiteral("here is the revised text:"),
+        QStringLiteral("here is the revised text"),
+        QStringLiteral("here is the corrected version:"),
+        QStringLiteral("here is the corrected version"),
+        QStringLiteral("here's the corrected version:"),
+        QStringLiteral("here's the corrected version"),
+        QStringLiteral("corrected text:"),
+        QStringLiteral("the corrected text is:"),
+        QStringLiteral("the corrected text:"),
+        QStringLiteral("i've corrected the text:"),
+        QStringLiteral("i have corrected the text:"),
+        QStringLiteral("i've corrected the text"),
+        QStringLiteral("i have corrected the text"),
+    };
+    return list;
+}
+
+qsizetype graphemeCount(QStringView text) {
+    if (text.isEmpty())
+        return 0;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
+    qsizetype count = 0;
+    while (finder.toNextBoundary() >= 0)
+        ++count;
+    return count;
+}
+
+QString trimmedWhitespaceAndNewlines(const QString& text) {
+    // Work on code points so characters outside the BMP are judged whole.
+    const auto codePointBefore = [&](qsizetype end, qsizetype* start) {
+        const QChar low = text.at(end - 1);
+        if (low.isLowSurrogate() && end >= 2 && text.at(end - 2).isHighSurrogate()) {
+            *start = end - 2;
+            return QChar::surrogateToUcs4(text.at(end - 2), low);
+        }
+        *start = end - 1;
+        return char32_t(low.unicode());
+    };
+    qsizetype begin = 0;
+    while (begin < text.size()) {
+        const QChar c = text.at(begin);
+        if (c.isHighSurrogate() || !isUnicodeWhiteSpace(c.unicode()))
+            break; // no White_Space character lies outside the BMP
+        ++begin;
+    }
+    qsizetype end = text.size();
+    while (end > begin) {
+        qsizetype start = 0;
+        if (!isUnicodeWhiteSpace(codePointBefore(end, &start)))
+            break;
+        end = start;
+    }
+    if (begin == 0 && end == text.size())
+        return text;
+    return text.mid(begin, end - begin);
+}
+
+QString cleanOutput(const QString& reply) {
+    QString text = trimmedWhitespaceAndNewlines(reply);
+    if (text.isEmpty())
+        return text;
+    text = unquote(text);
+
+    const QString lowered = text.toLower();
+    for (const QString& preface : prefacesLongestFirst()) {
+        if (!hasPrefixCharacters(lowered, preface))
+            continue;
+        // Lower-casing can change lengths, so the preface's length is counted
+        // in characters and removed from the original text.
+        text = trimmedWhitespaceAndNewlines(
+            text.mid(offsetAfterGraphemes(text, graphemeCount(preface))));
+        if (text.startsWith(QLatin1Char(':')))
+            text = trimmedWhitespaceAndNewlines(text.mid(1));
+        break;
+    }
+
+    const qsizetype blankLine = text.indexOf(QStringLiteral("\n\n"));
+    if (blankLine >= 0) {
+        const QString head = trimmedWhitespaceAndNewlines(text.left(blankLine));
+        const QString tail = trimmedWhitespaceAndNewlines(text.mid(blankLine + 2));
+        if (isPrefaceLine(head) && !tail.isEmpty())
+            text = tail;
+    }
+    return unquote(text);
+}
+
+bool isPrefaceLine(const QString& text) {
+    const QString lowered = text.toLower();
+    if (graphemeCount(lowered) >= 121)
+        return false;
+    return startsWithAnyPreface(lowered) || lowered.contains(QStringLiteral("corrected text")) ||
+           lowered.contains(QStringLiteral("fixed text"));
+}
+
+QString normalizedLineEndings(const QString& text) {
+    QString normalized = text;
+    normalized.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    normalized.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return normalized;
+}
+
+qsizetype lineBreakCount(const QString& text) {
+    if (text.isEmpty())
+        return 0;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype count = 0;
+    qsizetype start = 0;
+    for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
+        // A cluster's first scalar decides; CR LF is one cluster.
+        if (!text.at(start).isSurrogate() && isLineBreakScalar(text.at(start).unicode()))
+            ++count;
+        start = end;
+    }
+    return count;
+}
+
+EditVerdict validateEdit(const QString& reply, const QString& input) {
+    const QString cleaned = cleanOutput(reply);
+    if (cleaned.isEmpty())
+        return EditVerdict::rejected(QStringLiteral("empty"));
+    if (normalizedLineEndings(cleaned) == normalizedLineEndings(input))
+        return EditVerdict::alreadyClean();
+    if (startsWithAnyPreface(cleaned.toLower()))
+        return EditVerdict::rejected(QStringLiteral("meta-prefix"));
+
+    const qsizetype in = utf8Length(input);
+    const qsizetype out = utf8Length(cleaned);
+    if (in >= 1 && std::abs(double(out) - double(in)) / double(in) > 0.35)
+        return EditVerdict::rejected(QStringLiteral("length-delta"));
+
+    const qsizetype a = lineBreakCount(input);
+    const qsizetype b = lineBreakCount(cleaned);
+    if ((a > 0 || b > 0) && std::abs(a - b) >= 2)
+        return EditVerdict::rejected(QStringLiteral("line-breaks"));
+    return EditVerdict::accepted(cleaned);
+}
+
+} // namespace scrivel
