@@ -1,0 +1,187 @@
+#include "presets/PresetStore.h"
+
+#include "app/SettingsStore.h"
+#include "presets/BuiltInPresets.h"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <algorithm>
+
+namespace scrivel {
+
+namespace {
+
+void assertMainThread() {
+    Q_ASSERT_X(!QCoreApplication::instance() ||
+                   QThread::currentThread() == QCoreApplication::instance()->thread(),
+               "PresetStore", "used off the main thread");
+}
+
+} // namespace
+
+PresetStore::PresetStore(SettingsStore& settings, QObject* parent)
+    : QObject(parent), m_settings(settings) {
+    assertMainThread();
+    if (const auto data = m_settings.data(presetsKey())) {
+        if (auto decoded = Preset::decodeList(*data))
+            m_presets = std::move(*decoded);
+    }
+    if (const auto text = m_settings.text(activePresetKey())) {
+        if (const auto id = Preset::parseID(*text); id && preset(*id)) {
+            m_activePresetID = *id;
+            return;
+        }
+    }
+    if (!m_presets.isEmpty())
+        m_activePresetID = m_presets.first().id;
+}
+
+std::optional<Preset> PresetStore::preset(const QUuid& id) const {
+    const auto it = std::find_if(m_presets.begin(), m_presets.end(),
+                                 [&](const Preset& preset) { return preset.id == id; });
+    if (it == m_presets.end())
+        return std::nullopt;
+    return *it;
+}
+
+std::optional<Preset> PresetStore::activePreset() const {
+    if (m_activePresetID) {
+        if (auto active = preset(*m_activePresetID))
+            return active;
+    }
+    if (m_presets.isEmpty())
+        return std::nullopt;
+    return m_presets.first();
+}
+
+void PresetStore::seedIfEmpty(bool onDeviceModelAvailable) {
+    assertMainThread();
+    if (!m_presets.isEmpty())
+        return;
+    setPresets(builtInPresets(onDeviceModelAvailable));
+    m_activePresetID = m_presets.first().id;
+    Q_EMIT activePresetIDChanged();
+    save();
+}
+
+void PresetStore::add(const Preset& preset) {
+    assertMainThread();
+    QList<Preset> presets = m_presets;
+    presets.append(preset);
+    setPresets(std::move(presets));
+    save();
+}
+
+Preset PresetStore::newPresetTemplate(const std::optional<Preset>& source) const {
+    Preset preset;
+    if (source)
+        preset = *source;
+    else if (const auto active = activePreset())
+        preset = *active;
+    else
+        preset = builtInPresets(false).first();
+    preset.id = QUuid::createUuid();
+    preset.name = QCoreApplication::translate("PresetStore", "New Preset");
+    preset.validatesEdits = false;
+    return preset;
+}
+
+void PresetStore::update(const Preset& preset) {
+    assertMainThread();
+    const auto it = std::find_if(m_presets.begin(), m_presets.end(),
+                                 [&](const Preset& existing) { return existing.id == preset.id; });
+    if (it == m_presets.end() || *it == preset)
+        return;
+    QList<Preset> presets = m_presets;
+    presets[std::distance(m_presets.begin(), it)] = preset;
+    setPresets(std::move(presets));
+    save();
+}
+
+void PresetStore::move(const QList<int>& sourceOffsets, int destination) {
+    assertMainThread();
+    QList<int> sources;
+    for (int offset : sourceOffsets) {
+        if (offset >= 0 && offset < m_presets.size() && !sources.contains(offset))
+            sources.append(offset);
+    }
+    std::sort(sources.begin(), sources.end());
+    destination = std::clamp(destination, 0, int(m_presets.size()));
+
+    // The moved presets keep their relative order and land before the preset
+    // that was at `destination`; the destination counts positions before the
+    // move, so every moved preset in front of it shifts it left by one.
+    QList<Preset> moved;
+    QList<Preset> rest;
+    for (int i = 0; i < m_presets.size(); ++i)
+        (sources.contains(i) ? moved : rest).append(m_presets[i]);
+    const int movedBefore =
+        int(std::count_if(sources.begin(), sources.end(), [&](int s) { return s < destination; }));
+    const int insertAt = destination - movedBefore;
+
+    QList<Preset> presets = rest;
+    for (int i = 0; i < moved.size(); ++i)
+        presets.insert(insertAt + i, moved[i]);
+    setPresets(std::move(presets));
+    save();
+}
+
+std::optional<QUuid> PresetStore::remove(const QUuid& id) {
+    assertMainThread();
+    if (m_presets.size() < 2) {
+        if (const auto active = activePreset())
+            return active->id;
+        return std::nullopt;
+    }
+    const auto found = std::find_if(m_presets.begin(), m_presets.end(),
+                                    [&](const Preset& preset) { return preset.id == id; });
+    const int index = found == m_presets.end() ? 0 : int(std::distance(m_presets.begin(), found));
+    const bool wasActive = activePreset() && activePreset()->id == id;
+
+    QList<Preset> presets = m_presets;
+    presets.removeIf([&](const Preset& preset) { return preset.id == id; });
+    setPresets(std::move(presets));
+
+    const int next = std::min(index, int(m_presets.size()) - 1);
+    if (wasActive)
+        setActivePresetID(m_presets[next].id);
+    save();
+    return m_presets[next].id;
+}
+
+void PresetStore::activate(const QUuid& id) {
+    assertMainThread();
+    if (preset(id))
+        setActivePresetID(id);
+}
+
+void PresetStore::setActivePresetID(const std::optional<QUuid>& id) {
+    assertMainThread();
+    const bool changed = m_activePresetID != id;
+    m_activePresetID = id;
+    writeActivePresetID();
+    if (changed)
+        Q_EMIT activePresetIDChanged();
+}
+
+void PresetStore::save() {
+    assertMainThread();
+    m_settings.setData(presetsKey(), Preset::encodeList(m_presets));
+    writeActivePresetID();
+}
+
+void PresetStore::setPresets(QList<Preset> presets) {
+    if (presets == m_presets)
+        return;
+    m_presets = std::move(presets);
+    Q_EMIT presetsChanged();
+}
+
+void PresetStore::writeActivePresetID() {
+    if (m_activePresetID)
+        m_settings.setText(activePresetKey(), Preset::idText(*m_activePresetID));
+    else
+        m_settings.remove(activePresetKey());
+}
+
+} // namespace scrivel

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "presets/Preset.h"
+
+#include <QList>
+#include <QObject>
+#include <QUuid>
+#include <optional>
+
+namespace scrivel {
+
+class SettingsStore;
+
+// The ordered list of presets and the active one, persisted in the settings
+// store. Observable; lives on the main thread. The list order is the sidebar
+// order.
+class PresetStore : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QList<scrivel::Preset> presets READ presets NOTIFY presetsChanged)
+    Q_PROPERTY(QUuid activePresetID READ activePresetIDOrNull NOTIFY activePresetIDChanged)
+
+public:
+    static QString presetsKey() { return QStringLiteral("scrivel.presets"); }
+    static QString activePresetKey() { return QStringLiteral("scrivel.active-preset"); }
+
+    // Loads the stored list and active identifier. Unreadable data counts as
+    // no presets; an active identifier naming nothing falls back to the first.
+    explicit PresetStore(SettingsStore& settings, QObject* parent = nullptr);
+
+    const QList<Preset>& presets() const { return m_presets; }
+    std::optional<QUuid> activePresetID() const { return m_activePresetID; }
+    // The active preset, or the first one when the identifier names none.
+    std::optional<Preset> activePreset() const;
+    std::optional<Preset> preset(const QUuid& id) const;
+
+    // Fills an empty store with the built-in presets and activates the first.
+    void seedIfEmpty(bool onDeviceModelAvailable);
+    // Appends and saves; the active preset stays.
+    void add(const Preset& preset);
+    // A copy of source (or of the active preset, or of the first built-in)
+    // with a fresh identifier, the name "New Preset" and edit validation off.
+    Preset newPresetTemplate(const std::optional<Preset>& source = std::nullopt) const;
+    // Replaces the preset with the same identifier when it differs.
+    void update(const Preset& preset);
+    // Moves the presets at sourceOffsets before the position destination
+    // counted in the list as it was before the move, as a list view's drag and
+    // drop does.
+    void move(const QList<int>& sourceOffsets, int destination);
+    // Deletes a preset unless it is the last one; returns the preset to select
+    // next.
+    std::optional<QUuid> remove(const QUuid& id);
+    // Makes a preset active when it exists.
+    void activate(const QUuid& id);
+    // Sets the active identifier and writes it at once.
+    void setActivePresetID(const std::optional<QUuid>& id);
+    // Writes the list, then the active identifier.
+    void save();
+
+Q_SIGNALS:
+    void presetsChanged();
+    void activePresetIDChanged();
+
+private:
+    QUuid activePresetIDOrNull() const { return m_activePresetID.value_or(QUuid()); }
+    void setPresets(QList<Preset> presets);
+    void writeActivePresetID();
+
+    SettingsStore& m_settings;
+    QList<Preset> m_presets;
+    std::optional<QUuid> m_activePresetID;
+};
+
+} // namespace scrivel
