@@ -36,12 +36,19 @@ PresetStore::PresetStore(SettingsStore& settings, QObject* parent)
         m_activePresetID = m_presets.first().id;
 }
 
+qsizetype PresetStore::indexOf(const QUuid& id) const {
+    for (qsizetype i = 0; i < m_presets.size(); ++i) {
+        if (m_presets[i].id == id)
+            return i;
+    }
+    return -1;
+}
+
 std::optional<Preset> PresetStore::preset(const QUuid& id) const {
-    const auto it = std::find_if(m_presets.begin(), m_presets.end(),
-                                 [&](const Preset& preset) { return preset.id == id; });
-    if (it == m_presets.end())
+    const qsizetype index = indexOf(id);
+    if (index < 0)
         return std::nullopt;
-    return *it;
+    return m_presets[index];
 }
 
 std::optional<Preset> PresetStore::activePreset() const {
@@ -88,12 +95,11 @@ Preset PresetStore::newPresetTemplate(const std::optional<Preset>& source) const
 
 void PresetStore::update(const Preset& preset) {
     assertMainThread();
-    const auto it = std::find_if(m_presets.begin(), m_presets.end(),
-                                 [&](const Preset& existing) { return existing.id == preset.id; });
-    if (it == m_presets.end() || *it == preset)
+    const qsizetype index = indexOf(preset.id);
+    if (index < 0 || m_presets[index] == preset)
         return;
     QList<Preset> presets = m_presets;
-    presets[std::distance(m_presets.begin(), it)] = preset;
+    presets[index] = preset;
     setPresets(std::move(presets));
     save();
 }
@@ -133,9 +139,7 @@ std::optional<QUuid> PresetStore::remove(const QUuid& id) {
             return active->id;
         return std::nullopt;
     }
-    const auto found = std::find_if(m_presets.begin(), m_presets.end(),
-                                    [&](const Preset& preset) { return preset.id == id; });
-    const int index = found == m_presets.end() ? 0 : int(std::distance(m_presets.begin(), found));
+    const int index = int(std::max<qsizetype>(indexOf(id), 0));
     const bool wasActive = activePreset() && activePreset()->id == id;
 
     QList<Preset> presets = m_presets;

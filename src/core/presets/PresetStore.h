@@ -61,6 +61,7 @@ Q_SIGNALS:
     void activePresetIDChanged();
 
 private:
+    qsizetype indexOf(const QUuid& id) const;
     QUuid activePresetIDOrNull() const { return m_activePresetID.value_or(QUuid()); }
     void setPresets(QList<Preset> presets);
     void writeActivePresetID();

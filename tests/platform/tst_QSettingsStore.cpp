@@ -1,0 +1,77 @@
+#include "linux/QSettingsStore.h"
+#include "presets/BuiltInPresets.h"
+#include "presets/Preset.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace scrivel;
+
+class QSettingsStoreTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void valuesRoundTripThroughTheFile_data();
+    void valuesRoundTripThroughTheFile();
+    void typesDoNotLeakIntoEachOther();
+    void removeDeletesTheKey();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void QSettingsStoreTest::valuesRoundTripThroughTheFile_data() {
+    QTest::addColumn<QByteArray>("data");
+
+    QList<Preset> presets = builtInPresets(false);
+    presets[0].name = QStringLiteral("Caf\u00e9 \u201Cquotes\u201D / slash = \\ ; # [x]");
+    presets[0].customBaseURL = QStringLiteral("http://localhost:8080/v1/");
+    QTest::newRow("preset list JSON") << Preset::encodeList(presets);
+    QTest::newRow("empty list") << QByteArray("[]");
+    QByteArray binary;
+    for (int i = 0; i < 256; ++i)
+        binary.append(char(i));
+    QTest::newRow("every byte value") << binary;
+    QTest::newRow("text that looks like a marker") << QByteArray("@ByteArray(x)\n@Variant(");
+}
+
+void QSettingsStoreTest::valuesRoundTripThroughTheFile() {
+    QFETCH(QByteArray, data);
+    const QString path = m_dir.filePath(QStringLiteral("roundtrip.ini"));
+    {
+        QSettingsStore settings(path);
+        settings.setData(QStringLiteral("scrivel.presets"), data);
+        settings.setText(QStringLiteral("scrivel.active-preset"),
+                         QStringLiteral("@text, with = signs"));
+        settings.setBoolean(QStringLiteral("scrivel.panel.has-seen"), true);
+    }
+    // A fresh instance reads what the first one wrote to disk.
+    QSettingsStore reread(path);
+    QCOMPARE(reread.data(QStringLiteral("scrivel.presets")), std::optional<QByteArray>(data));
+    QCOMPARE(reread.text(QStringLiteral("scrivel.active-preset")),
+             std::optional<QString>(QStringLiteral("@text, with = signs")));
+    QCOMPARE(reread.boolean(QStringLiteral("scrivel.panel.has-seen")), std::optional<bool>(true));
+}
+
+void QSettingsStoreTest::typesDoNotLeakIntoEachOther() {
+    const QString path = m_dir.filePath(QStringLiteral("types.ini"));
+    QSettingsStore settings(path);
+    settings.setText(QStringLiteral("t"), QStringLiteral("true"));
+    settings.setData(QStringLiteral("d"), QByteArray("abc"));
+    QSettingsStore reread(path);
+    QCOMPARE(reread.data(QStringLiteral("t")), std::nullopt);
+    QCOMPARE(reread.text(QStringLiteral("d")), std::nullopt);
+    QCOMPARE(reread.boolean(QStringLiteral("missing")), std::nullopt);
+    QCOMPARE(reread.text(QStringLiteral("missing")), std::nullopt);
+}
+
+void QSettingsStoreTest::removeDeletesTheKey() {
+    const QString path = m_dir.filePath(QStringLiteral("remove.ini"));
+    QSettingsStore settings(path);
+    settings.setText(QStringLiteral("scrivel.active-preset"), QStringLiteral("x"));
+    settings.remove(QStringLiteral("scrivel.active-preset"));
+    QCOMPARE(QSettingsStore(path).text(QStringLiteral("scrivel.active-preset")), std::nullopt);
+}
+
+QTEST_GUILESS_MAIN(QSettingsStoreTest)
+#include "tst_QSettingsStore.moc"
