@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -188,6 +189,22 @@ Future<T> Promise<T>::future() {
     Q_ASSERT(!m_state->futureTaken);
     m_state->futureTaken = true;
     return Future<T>(m_state);
+}
+
+// Chains a transformation onto a future: the returned future holds
+// fn(value). Cancelling the returned future cancels the source; fn runs on
+// context's event loop.
+template <typename T, typename F>
+auto mapFuture(Future<T> source, QObject* context, F&& fn) -> Future<std::invoke_result_t<F, T>> {
+    using U = std::invoke_result_t<F, T>;
+    Promise<U> promise;
+    Future<U> result = promise.future();
+    auto held = std::make_shared<Future<T>>(std::move(source));
+    promise.onCancel([held] { held->cancel(); });
+    held->then(context, [promise, fn = std::forward<F>(fn)](T value) mutable {
+        promise.resolve(fn(std::move(value)));
+    });
+    return result;
 }
 
 } // namespace scrivel

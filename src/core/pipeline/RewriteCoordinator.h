@@ -1,0 +1,68 @@
+#pragma once
+
+#include "pipeline/FixResult.h"
+#include "pipeline/OperationUIState.h"
+#include "pipeline/PresetTransforming.h"
+#include "pipeline/TransformFailure.h"
+#include "presets/Preset.h"
+#include "support/Future.h"
+#include "support/TextSnapshot.h"
+
+#include <QObject>
+#include <chrono>
+#include <expected>
+#include <functional>
+#include <optional>
+
+namespace scrivel {
+
+// Runs one rewrite from input text to final text: checks the input, reports
+// the run to the status display, streams the transformer's reply against a
+// time-out, passes partial text on, and cleans and judges the final reply.
+// Several runs may overlap; each is independent.
+class RewriteCoordinator : public QObject {
+    Q_OBJECT
+
+public:
+    using Result = std::expected<FixResult, TransformFailure>;
+    using UIHandler = std::function<void(const OperationUIState&)>;
+    using PartialTextHandler = std::function<void(const TextSnapshot&)>;
+    // Turns a time-out in whole seconds into the duration actually waited.
+    // Production waits the seconds themselves; tests shrink them.
+    using TimeoutScale = std::function<std::chrono::milliseconds(int seconds)>;
+
+    explicit RewriteCoordinator(PresetTransforming& transformer, QObject* parent = nullptr);
+
+    void setTimeoutScale(TimeoutScale scale);
+    void setUIHandler(UIHandler handler);
+
+    void prewarm(const std::optional<Preset>& preset);
+    Future<std::optional<UnavailableReason>> unavailableReason(const std::optional<Preset>& preset);
+
+    // Delivers the FixResult, or a failure: TransformFailure::rewrite with the
+    // RewriteError, or TransformFailure::cancelled when the run was cancelled
+    // from below. A run cancelled by its caller delivers nothing (the status
+    // display is still told it went idle).
+    Future<Result> rewrite(const QString& input, const Preset& preset,
+                           PartialTextHandler onPartialText = {});
+
+    // "Status: <name> · Ready" and its siblings, for the status menu.
+    Future<QString> readinessLine(const std::optional<Preset>& preset);
+
+    // The time-out of a run in seconds: 25, 35 or 60 by the input's UTF-8
+    // size, plus 60 for medium or high effort on a reasoning model.
+    static int timeoutSeconds(const QString& input, const Preset& preset);
+
+private:
+    class Run;
+    friend class Run;
+
+    void publish(const OperationUIState& state);
+    void report(const RewriteError& error);
+
+    PresetTransforming& m_transformer;
+    UIHandler m_uiHandler;
+    TimeoutScale m_timeoutScale;
+};
+
+} // namespace scrivel
