@@ -16,11 +16,9 @@ QString printable(const QByteArray& bytes) {
 
 QString textOfUtf8Bytes(qsizetype byteCount, const QString& unit) {
     const qsizetype unitBytes = unit.toUtf8().size();
-    QString text;
-    while (text.toUtf8().size() + unitBytes <= byteCount)
-        text += unit;
-    while (text.toUtf8().size() < byteCount)
-        text += QLatin1Char('a');
+    const qsizetype units = byteCount / unitBytes;
+    QString text = unit.repeated(units);
+    text += QString(byteCount - units * unitBytes, QLatin1Char('a'));
     return text;
 }
 
