@@ -1,7 +1,12 @@
 #pragma once
 
+#include "support/Future.h"
+
 #include <QByteArray>
+#include <QObject>
 #include <QString>
+#include <QTest>
+#include <optional>
 
 namespace scrivel::test {
 
@@ -12,5 +17,15 @@ QString printable(const QByteArray& bytes);
 // A text of exactly byteCount UTF-8 bytes made of the given unit repeated and
 // padded with ASCII 'a' (unit must be shorter than byteCount).
 QString textOfUtf8Bytes(qsizetype byteCount, const QString& unit = QStringLiteral("a"));
+
+// Spins the event loop until the future delivers, or the time runs out.
+template <typename T>
+std::optional<T> waitFor(Future<T> future, int timeoutMs = 5000) {
+    std::optional<T> value;
+    QObject context;
+    future.then(&context, [&](T delivered) { value = std::move(delivered); });
+    (void)QTest::qWaitFor([&] { return value.has_value(); }, timeoutMs);
+    return value;
+}
 
 } // namespace scrivel::test

@@ -121,6 +121,8 @@ private:
 template <typename T>
 class Future {
 public:
+    using ValueType = T;
+
     Future() = default;
     Future(const Future&) = delete;
     Future& operator=(const Future&) = delete;
@@ -203,6 +205,28 @@ auto mapFuture(Future<T> source, QObject* context, F&& fn) -> Future<std::invoke
     promise.onCancel([held] { held->cancel(); });
     held->then(context, [promise, fn = std::forward<F>(fn)](T value) mutable {
         promise.resolve(fn(std::move(value)));
+    });
+    return result;
+}
+
+// Chains an asynchronous step onto a future: fn(value) returns the next
+// future, whose value the returned future delivers. Cancelling the returned
+// future cancels whichever step is running.
+template <typename T, typename F>
+auto chainFuture(Future<T> source, QObject* context, F&& fn) -> std::invoke_result_t<F, T> {
+    using NextFuture = std::invoke_result_t<F, T>;
+    using U = typename NextFuture::ValueType;
+    Promise<U> promise;
+    NextFuture result = promise.future();
+    auto held = std::make_shared<Future<T>>(std::move(source));
+    auto next = std::make_shared<NextFuture>();
+    promise.onCancel([held, next] {
+        held->cancel();
+        next->cancel();
+    });
+    held->then(context, [promise, next, context, fn = std::forward<F>(fn)](T value) mutable {
+        *next = fn(std::move(value));
+        next->then(context, [promise](U nextValue) { promise.resolve(std::move(nextValue)); });
     });
     return result;
 }

@@ -1,0 +1,162 @@
+#include "providers/APIKeyStore.h"
+
+#include "pipeline/OutputCleaning.h"
+
+#include <QStringDecoder>
+
+namespace scrivel {
+
+namespace {
+
+using KeyResult = APIKeyProviding::KeyResult;
+using VoidResult = APIKeyProviding::VoidResult;
+
+template <typename T>
+Future<T> ready(T value) {
+    return Future<T>::ready(std::move(value));
+}
+
+// A stored item must be non-empty UTF-8 text once trimmed.
+std::optional<QString> keyFromBytes(const QByteArray& bytes) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder.decode(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    const QString trimmed = trimmedWhitespaceAndNewlines(text);
+    if (trimmed.isEmpty())
+        return std::nullopt;
+    return trimmed;
+}
+
+} // namespace
+
+APIKeyStore::APIKeyStore(SecretStore& modern, SecretStore& legacy,
+                         std::function<Future<bool>()> modernAvailable, QObject* parent)
+    : QObject(parent), m_modern(modern), m_legacy(legacy),
+      m_modernAvailable(std::move(modernAvailable)) {}
+
+Future<KeyResult> APIKeyStore::readItem(SecretStore& store, const QString& account) {
+    return mapFuture(store.read(account), this, [](SecretStore::ReadResult result) -> KeyResult {
+        if (!result)
+            return std::unexpected(KeychainError::readFailed(result.error()));
+        if (!*result)
+            return std::optional<QString>();
+        const auto key = keyFromBytes(**result);
+        if (!key)
+            return std::unexpected(KeychainError::invalidData());
+        return key;
+    });
+}
+
+Future<KeyResult> APIKeyStore::readKey(const QString& account) {
+    if (const auto it = m_sessionCache.constFind(account); it != m_sessionCache.constEnd())
+        return ready(KeyResult(*it));
+
+    return chainFuture(m_modernAvailable(), this, [this, account](bool modern) {
+        Future<KeyResult> read = modern ? readModernFirst(account) : readItem(m_legacy, account);
+        return mapFuture(std::move(read), this, [this, account](KeyResult result) {
+            if (result && *result)
+                m_sessionCache.insert(account, **result);
+            return result;
+        });
+    });
+}
+
+Future<KeyResult> APIKeyStore::readModernFirst(const QString& account) {
+    return chainFuture(readItem(m_modern, account), this, [this, account](KeyResult modern) {
+        if (!modern)
+            return ready(modern);
+        if (*modern) {
+            // The modern item wins; a leftover legacy copy goes.
+            const QString key = **modern;
+            return mapFuture(m_legacy.remove(account), this,
+                             [key](SecretStore::WriteResult removed) -> KeyResult {
+                                 if (!removed)
+                                     return std::unexpected(
+                                         KeychainError::migrationFailed(removed.error()));
+                                 return std::optional<QString>(key);
+                             });
+        }
+        return chainFuture(readItem(m_legacy, account), this, [this, account](KeyResult legacy) {
+            if (!legacy || !*legacy)
+                return ready(legacy);
+            const QString key = **legacy;
+            return mapFuture(saveKey(key, account), this, [key](VoidResult saved) -> KeyResult {
+                if (!saved) {
+                    const KeychainError& error = saved.error();
+                    return std::unexpected(KeychainError::migrationFailed(
+                        error.hasStatus() ? error.status()
+                                          : KeychainError::migrationWithoutStatus));
+                }
+                return std::optional<QString>(key);
+            });
+        });
+    });
+}
+
+Future<VoidResult> APIKeyStore::saveKey(const QString& key, const QString& account) {
+    const QString trimmed = trimmedWhitespaceAndNewlines(key);
+    if (trimmed.isEmpty())
+        return deleteKey(account);
+    return chainFuture(m_modernAvailable(), this, [this, trimmed, account](bool modern) {
+        return saveTrimmed(trimmed, account, modern);
+    });
+}
+
+Future<VoidResult> APIKeyStore::saveTrimmed(const QString& key, const QString& account,
+                                            bool modern) {
+    auto remember = [this, key, account](VoidResult result) {
+        if (result)
+            m_sessionCache.insert(account, key);
+        return result;
+    };
+    SecretStore& target = modern ? m_modern : m_legacy;
+    auto written =
+        mapFuture(target.write(account, key.toUtf8()), this,
+                  [](SecretStore::WriteResult result) -> VoidResult {
+                      if (!result)
+                          return std::unexpected(KeychainError::saveFailed(result.error()));
+                      return {};
+                  });
+    if (!modern)
+        return mapFuture(std::move(written), this, remember);
+
+    auto legacyRemoved = chainFuture(std::move(written), this, [this, account](VoidResult result) {
+        if (!result)
+            return ready(result);
+        return mapFuture(
+            m_legacy.remove(account), this, [](SecretStore::WriteResult removed) -> VoidResult {
+                if (!removed)
+                    return std::unexpected(KeychainError::deleteFailed(removed.error()));
+                return {};
+            });
+    });
+    return mapFuture(std::move(legacyRemoved), this, remember);
+}
+
+Future<VoidResult> APIKeyStore::deleteKey(const QString& account) {
+    m_sessionCache.remove(account);
+    return chainFuture(m_modernAvailable(), this,
+                       [this, account](bool modern) { return deleteFrom(modern, account); });
+}
+
+Future<VoidResult> APIKeyStore::deleteFrom(bool modern, const QString& account) {
+    auto removeFrom = [this](SecretStore& store, const QString& account) {
+        return mapFuture(
+            store.remove(account), this, [](SecretStore::WriteResult removed) -> VoidResult {
+                if (!removed)
+                    return std::unexpected(KeychainError::deleteFailed(removed.error()));
+                return {};
+            });
+    };
+    if (!modern)
+        return removeFrom(m_legacy, account);
+    return chainFuture(removeFrom(m_modern, account), this,
+                       [this, account, removeFrom](VoidResult result) {
+                           if (!result)
+                               return ready(result);
+                           return removeFrom(m_legacy, account);
+                       });
+}
+
+} // namespace scrivel

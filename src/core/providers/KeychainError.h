@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+
+namespace scrivel {
+
+// A failure of the key store. Carries the secret store's status code; never
+// a key and never words for the user (callers word it).
+class KeychainError {
+public:
+    enum class Kind { readFailed, saveFailed, deleteFailed, migrationFailed, invalidData };
+
+    // Status codes with a meaning of their own.
+    static constexpr int success = 0;
+    static constexpr int itemNotFound = -25300;
+    static constexpr int duplicateItem = -25299;
+    static constexpr int migrationWithoutStatus = -26275;
+
+    static KeychainError readFailed(int status) { return {Kind::readFailed, status}; }
+    static KeychainError saveFailed(int status) { return {Kind::saveFailed, status}; }
+    static KeychainError deleteFailed(int status) { return {Kind::deleteFailed, status}; }
+    static KeychainError migrationFailed(int status) { return {Kind::migrationFailed, status}; }
+    static KeychainError invalidData() { return {Kind::invalidData, 0}; }
+
+    Kind kind() const { return m_kind; }
+    // The status code; invalidData has none.
+    int status() const { return m_status; }
+    bool hasStatus() const { return m_kind != Kind::invalidData; }
+
+    // For debug logs only.
+    QString logDescription() const;
+
+    friend bool operator==(const KeychainError&, const KeychainError&) = default;
+
+private:
+    KeychainError(Kind kind, int status) : m_kind(kind), m_status(status) {}
+
+    Kind m_kind;
+    int m_status;
+};
+
+} // namespace scrivel

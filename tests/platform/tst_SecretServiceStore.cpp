@@ -1,0 +1,139 @@
+#include "linux/FileSecretStore.h"
+#include "linux/SecretServiceProbe.h"
+#include "linux/SecretServiceStore.h"
+#include "providers/APIKeyStore.h"
+#include "support/TestSupport.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace scrivel;
+using test::waitFor;
+
+// Runs against the real Secret Service on the session bus. scripts/test
+// provides one: a private D-Bus session with a pre-unlocked gnome-keyring.
+class SecretServiceStoreTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void itemLifecycle();
+    void binaryValuesRoundTrip();
+    void keyStoreMovesFileKeysIntoTheSecretService();
+    void fileStoreIsPrivateAndAtomic();
+
+private:
+    QString uniqueAccount(const char* name) const {
+        return QStringLiteral("test:%1:%2").arg(QLatin1String(name), m_run);
+    }
+
+    const QString m_service = QStringLiteral("com.scrivel.app.tests");
+    const QString m_run = QUuid::createUuid().toString(QUuid::WithoutBraces);
+};
+
+void SecretServiceStoreTest::initTestCase() {
+    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+        QSKIP("needs a session bus with a Secret Service (run through scripts/test)");
+    SecretServiceProbe probe;
+    const auto available = waitFor(probe.isAvailable(), 10000);
+    QVERIFY2(available && *available, "no Secret Service answers on the session bus");
+}
+
+void SecretServiceStoreTest::itemLifecycle() {
+    SecretServiceStore store(m_service);
+    const QString account = uniqueAccount("lifecycle");
+
+    auto missing = waitFor(store.read(account));
+    QVERIFY(missing && missing->has_value() && !missing->value().has_value());
+    QVERIFY(waitFor(store.remove(account))->has_value()); // absent: no failure
+
+    QVERIFY(waitFor(store.write(account, "first"))->has_value());
+    QCOMPARE(waitFor(store.read(account))->value(), std::optional<QByteArray>("first"));
+    QVERIFY(waitFor(store.write(account, "second"))->has_value()); // update, not a duplicate
+    QCOMPARE(waitFor(store.read(account))->value(), std::optional<QByteArray>("second"));
+
+    // Items are per account.
+    QCOMPARE(waitFor(store.read(uniqueAccount("other")))->value(), std::nullopt);
+
+    QVERIFY(waitFor(store.remove(account))->has_value());
+    QCOMPARE(waitFor(store.read(account))->value(), std::nullopt);
+}
+
+void SecretServiceStoreTest::binaryValuesRoundTrip() {
+    SecretServiceStore store(m_service);
+    const QString account = uniqueAccount("binary");
+    QByteArray value("\x00\xff key \xe2\x80\x99", 10);
+    QVERIFY(waitFor(store.write(account, value))->has_value());
+    QCOMPARE(waitFor(store.read(account))->value(), std::optional<QByteArray>(value));
+    QVERIFY(waitFor(store.remove(account))->has_value());
+}
+
+void SecretServiceStoreTest::keyStoreMovesFileKeysIntoTheSecretService() {
+    QTemporaryDir dir;
+    SecretServiceStore modern(m_service);
+    FileSecretStore legacy(dir.path());
+    SecretServiceProbe probe;
+    APIKeyStore keys(modern, legacy, [&] { return probe.isAvailable(); });
+    const QString account = uniqueAccount("migration");
+
+    QVERIFY(waitFor(legacy.write(account, "legacy-key-123"))->has_value());
+    QCOMPARE(waitFor(keys.readKey(account))->value(), std::optional<QString>("legacy-key-123"));
+    QCOMPARE(waitFor(modern.read(account))->value(), std::optional<QByteArray>("legacy-key-123"));
+    QCOMPARE(waitFor(legacy.read(account))->value(), std::nullopt);
+
+    // With the Secret Service present, no key lands in the file.
+    const QString other = uniqueAccount("plain");
+    QVERIFY(waitFor(keys.saveKey(QStringLiteral(" secret-value-456 "), other))->has_value());
+    QFile file(legacy.filePath());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray onDisk = file.readAll();
+    QVERIFY(!onDisk.contains("secret-value-456"));
+    QVERIFY(!onDisk.contains(QByteArray("secret-value-456").toBase64()));
+
+    QVERIFY(waitFor(keys.deleteKey(account))->has_value());
+    QVERIFY(waitFor(keys.deleteKey(other))->has_value());
+    QCOMPARE(waitFor(modern.read(other))->value(), std::nullopt);
+}
+
+void SecretServiceStoreTest::fileStoreIsPrivateAndAtomic() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("nested/credentials"));
+    FileSecretStore store(path);
+    QVERIFY(waitFor(store.write(QStringLiteral("a"), "1"))->has_value());
+    QVERIFY(waitFor(store.write(QStringLiteral("b"), "2"))->has_value());
+    // Nothing for group or others; the owner may enter the directory and read
+    // and write the file.
+    const auto groupAndOthers = QFileDevice::ReadGroup | QFileDevice::WriteGroup |
+                                QFileDevice::ExeGroup | QFileDevice::ReadOther |
+                                QFileDevice::WriteOther | QFileDevice::ExeOther;
+    const auto directory = QFile::permissions(path);
+    QCOMPARE(directory & groupAndOthers, QFileDevice::Permissions());
+    QVERIFY(directory.testFlags(QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                QFileDevice::ExeOwner));
+    const auto file = QFile::permissions(store.filePath());
+    QCOMPARE(file & groupAndOthers, QFileDevice::Permissions());
+    QVERIFY(file.testFlags(QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+    QVERIFY(!file.testFlag(QFileDevice::ExeOwner));
+
+    // Another instance sees both items.
+    FileSecretStore reopened(path);
+    QCOMPARE(waitFor(reopened.read(QStringLiteral("a")))->value(), std::optional<QByteArray>("1"));
+    QCOMPARE(waitFor(reopened.read(QStringLiteral("b")))->value(), std::optional<QByteArray>("2"));
+
+    // An unreadable file is a failure, not an empty store that a write would
+    // then overwrite.
+    QFile::remove(store.filePath());
+    QFile corrupt(store.filePath());
+    QVERIFY(corrupt.open(QIODevice::WriteOnly));
+    corrupt.write("not json");
+    corrupt.close();
+    QVERIFY(!waitFor(store.read(QStringLiteral("a")))->has_value());
+    QVERIFY(!waitFor(store.write(QStringLiteral("c"), "3"))->has_value());
+    QFile check(store.filePath());
+    QVERIFY(check.open(QIODevice::ReadOnly));
+    QCOMPARE(check.readAll(), QByteArray("not json"));
+}
+
+QTEST_GUILESS_MAIN(SecretServiceStoreTest)
+#include "tst_SecretServiceStore.moc"
