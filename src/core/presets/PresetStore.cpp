@@ -188,4 +188,39 @@ void PresetStore::writeActivePresetID() {
         m_settings.remove(activePresetKey());
 }
 
+std::expected<PresetStore::ImportResult, PresetPackError>
+PresetStore::importPack(const PresetPackDocument& document, bool assigningNewIDs) {
+    assertMainThread();
+    if (auto valid = document.validate(); !valid)
+        return std::unexpected(valid.error());
+    QSet<QUuid> existing;
+    for (const Preset& preset : m_presets)
+        existing.insert(preset.id);
+    const auto made = document.makePresets(assigningNewIDs, existing);
+
+    ImportResult result;
+    for (const Preset& preset : made.replaced) {
+        update(preset);
+        result.affectedIDs.append(preset.id);
+    }
+    for (const Preset& preset : made.added) {
+        add(preset);
+        result.affectedIDs.append(preset.id);
+    }
+    result.added = int(made.added.size());
+    result.replaced = int(made.replaced.size());
+    return result;
+}
+
+PresetPackDocument PresetStore::makePackDocument(const std::optional<QSet<QUuid>>& ids,
+                                                 const std::optional<QString>& name,
+                                                 const std::optional<QString>& description) const {
+    QList<Preset> chosen;
+    for (const Preset& preset : m_presets) {
+        if (!ids || ids->contains(preset.id))
+            chosen.append(preset);
+    }
+    return PresetPackDocument::fromPresets(chosen, name, description);
+}
+
 } // namespace scrivel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "presets/Preset.h"
+#include "presets/PresetPackDocument.h"
 
 #include <QList>
 #include <QObject>
@@ -55,6 +56,24 @@ public:
     void setActivePresetID(const std::optional<QUuid>& id);
     // Writes the list, then the active identifier.
     void save();
+
+    struct ImportResult {
+        int added = 0;
+        int replaced = 0;
+        // Replaced presets first, then added ones, each in pack order.
+        QList<QUuid> affectedIDs;
+    };
+    // Validates the pack, then replaces the presets whose identifiers it
+    // holds and appends the others (new copies of all of them with
+    // assigningNewIDs). Changes nothing when the pack does not validate; the
+    // active preset stays.
+    std::expected<ImportResult, PresetPackError> importPack(const PresetPackDocument& document,
+                                                            bool assigningNewIDs);
+    // A pack of the presets in ids (all of them without ids), in store order.
+    PresetPackDocument
+    makePackDocument(const std::optional<QSet<QUuid>>& ids = std::nullopt,
+                     const std::optional<QString>& name = std::nullopt,
+                     const std::optional<QString>& description = std::nullopt) const;
 
 Q_SIGNALS:
     void presetsChanged();

@@ -1,0 +1,210 @@
+#include "presets/PresetPackDocument.h"
+
+#include "pipeline/OutputCleaning.h"
+#include "support/JsonWriter.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <cmath>
+
+namespace scrivel {
+
+namespace {
+
+// Reads one member. Missing or null optionals are absent; anything of the
+// wrong type fails the whole document.
+struct Reader {
+    const QJsonObject& object;
+    bool ok = true;
+
+    QString text(const char* key) {
+        const QJsonValue value = object.value(QLatin1String(key));
+        if (!value.isString())
+            ok = false;
+        return value.toString();
+    }
+    std::optional<QString> optionalText(const char* key) {
+        const QJsonValue value = object.value(QLatin1String(key));
+        if (value.isUndefined() || value.isNull())
+            return std::nullopt;
+        if (!value.isString())
+            ok = false;
+        return value.toString();
+    }
+    std::optional<double> optionalNumber(const char* key) {
+        const QJsonValue value = object.value(QLatin1String(key));
+        if (value.isUndefined() || value.isNull())
+            return std::nullopt;
+        if (!value.isDouble())
+            ok = false;
+        return value.toDouble();
+    }
+    bool boolean(const char* key) {
+        const QJsonValue value = object.value(QLatin1String(key));
+        if (!value.isBool())
+            ok = false;
+        return value.toBool();
+    }
+    qint64 integer(const char* key) {
+        const QJsonValue value = object.value(QLatin1String(key));
+        const double number = value.toDouble();
+        if (!value.isDouble() || number != std::floor(number) || std::abs(number) > 9.0e15)
+            ok = false;
+        return qint64(number);
+    }
+};
+
+std::optional<PresetPackItem> decodeItem(const QJsonValue& value) {
+    if (!value.isObject())
+        return std::nullopt;
+    const QJsonObject object = value.toObject();
+    Reader read{object};
+    PresetPackItem item;
+    if (const auto id = read.optionalText("id")) {
+        const auto parsed = Preset::parseID(*id);
+        if (!parsed)
+            return std::nullopt;
+        item.id = *parsed;
+    }
+    item.name = read.text("name");
+    item.providerID = read.text("providerID");
+    item.customBaseURL = read.optionalText("customBaseURL");
+    item.model = read.text("model");
+    item.instructions = read.text("instructions");
+    item.reasoningEffort = read.optionalText("reasoningEffort");
+    item.temperature = read.optionalNumber("temperature");
+    item.validatesEdits = read.boolean("validatesEdits");
+    if (!read.ok)
+        return std::nullopt;
+    return item;
+}
+
+JsonValue encodeItem(const PresetPackItem& item) {
+    JsonValue object = JsonValue::object();
+    if (item.id)
+        object.insert(QStringLiteral("id"), Preset::idText(*item.id));
+    object.insert(QStringLiteral("name"), item.name);
+    object.insert(QStringLiteral("providerID"), item.providerID);
+    if (item.customBaseURL)
+        object.insert(QStringLiteral("customBaseURL"), *item.customBaseURL);
+    object.insert(QStringLiteral("model"), item.model);
+    object.insert(QStringLiteral("instructions"), item.instructions);
+    if (item.reasoningEffort)
+        object.insert(QStringLiteral("reasoningEffort"), *item.reasoningEffort);
+    if (item.temperature)
+        object.insert(QStringLiteral("temperature"), *item.temperature);
+    object.insert(QStringLiteral("validatesEdits"), item.validatesEdits);
+    return object;
+}
+
+} // namespace
+
+std::expected<PresetPackDocument, PresetPackError>
+PresetPackDocument::decode(const QByteArray& bytes) {
+    QJsonParseError error{};
+    const QJsonDocument json = QJsonDocument::fromJson(bytes, &error);
+    if (error.error != QJsonParseError::NoError || !json.isObject())
+        return std::unexpected(PresetPackError::invalidJSON());
+    const QJsonObject object = json.object();
+    Reader read{object};
+    PresetPackDocument document;
+    document.formatVersion = read.integer("formatVersion");
+    document.kind = read.text("kind");
+    document.name = read.optionalText("name");
+    document.description = read.optionalText("description");
+    const QJsonValue presets = object.value(QStringLiteral("presets"));
+    if (!read.ok || !presets.isArray())
+        return std::unexpected(PresetPackError::invalidJSON());
+    for (const QJsonValue& value : presets.toArray()) {
+        auto item = decodeItem(value);
+        if (!item)
+            return std::unexpected(PresetPackError::invalidJSON());
+        document.presets.append(std::move(*item));
+    }
+    return document;
+}
+
+std::optional<QByteArray> PresetPackDocument::encode() const {
+    JsonValue object = JsonValue::object();
+    object.insert(QStringLiteral("formatVersion"), formatVersion);
+    object.insert(QStringLiteral("kind"), kind);
+    if (name)
+        object.insert(QStringLiteral("name"), *name);
+    if (description)
+        object.insert(QStringLiteral("description"), *description);
+    JsonValue items = JsonValue::array();
+    for (const PresetPackItem& item : presets) {
+        if (item.temperature && !std::isfinite(*item.temperature))
+            return std::nullopt;
+        items.append(encodeItem(item));
+    }
+    object.insert(QStringLiteral("presets"), items);
+    JsonWriter::Options options;
+    options.pretty = true;
+    options.sortKeys = true;
+    return JsonWriter::write(object, options);
+}
+
+std::expected<void, PresetPackError> PresetPackDocument::validate() const {
+    if (kind != packKind())
+        return std::unexpected(PresetPackError::wrongKind(kind));
+    if (formatVersion != currentFormatVersion)
+        return std::unexpected(PresetPackError::unsupportedFormatVersion(formatVersion));
+    if (presets.isEmpty())
+        return std::unexpected(PresetPackError::emptyPack());
+    for (const PresetPackItem& item : presets) {
+        if (trimmedWhitespaceAndNewlines(item.name).isEmpty())
+            return std::unexpected(PresetPackError::invalidPreset(QStringLiteral("empty name")));
+        if (trimmedWhitespaceAndNewlines(item.providerID).isEmpty())
+            return std::unexpected(
+                PresetPackError::invalidPreset(QStringLiteral("empty providerID")));
+    }
+    return {};
+}
+
+PresetPackDocument PresetPackDocument::fromPresets(const QList<Preset>& presets,
+                                                   const std::optional<QString>& name,
+                                                   const std::optional<QString>& description) {
+    PresetPackDocument document;
+    document.name = name;
+    document.description = description;
+    for (const Preset& preset : presets) {
+        document.presets.append({preset.id, preset.name, preset.providerID, preset.customBaseURL,
+                                 preset.model, preset.instructions, preset.reasoningEffort,
+                                 preset.temperature, preset.validatesEdits});
+    }
+    return document;
+}
+
+PresetPackDocument::MadePresets
+PresetPackDocument::makePresets(bool assigningNewIDs, const QSet<QUuid>& existingIDs) const {
+    MadePresets made;
+    QSet<QUuid> working = existingIDs;
+    for (const PresetPackItem& item : presets) {
+        Preset preset;
+        preset.name = trimmedWhitespaceAndNewlines(item.name);
+        preset.providerID = item.providerID;
+        preset.customBaseURL = item.customBaseURL;
+        preset.model = item.model;
+        preset.instructions = item.instructions;
+        preset.reasoningEffort = item.reasoningEffort;
+        preset.temperature = item.temperature;
+        preset.validatesEdits = item.validatesEdits;
+
+        if (assigningNewIDs) {
+            preset.id = QUuid::createUuid();
+            made.added.append(preset);
+        } else if (item.id && working.contains(*item.id)) {
+            preset.id = *item.id;
+            made.replaced.append(preset);
+        } else {
+            preset.id = item.id ? *item.id : QUuid::createUuid();
+            working.insert(preset.id);
+            made.added.append(preset);
+        }
+    }
+    return made;
+}
+
+} // namespace scrivel
