@@ -37,6 +37,7 @@ private Q_SLOTS:
     void messages();
     void shippedPacksLoadAndValidate();
     void shippedPackLookupRules();
+    void fuzzRegressionInputs();
 };
 
 void PresetPackTest::decodeAndValidate_data() {
@@ -263,6 +264,24 @@ void PresetPackTest::shippedPackLookupRules() {
         names << document.name.value_or(QStringLiteral("<none>"));
     // Unnamed first, then case-insensitive with equal names in file order.
     QCOMPARE(names, QStringList({"<none>", "alpha", "Beta", "beta"}));
+}
+
+void PresetPackTest::fuzzRegressionInputs() {
+    // Seeds and any input that once broke the fuzz target: a valid pack
+    // must survive encoding and decoding unchanged.
+    const QDir dir(QStringLiteral(SCRIVEL_TEST_DATA_DIR "/PresetPack"));
+    const QFileInfoList inputs = dir.entryInfoList(QDir::Files);
+    QVERIFY(!inputs.isEmpty());
+    for (const QFileInfo& entry : inputs) {
+        QFile file(entry.filePath());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const auto document = PresetPackDocument::decode(file.readAll());
+        if (!document || !document->validate())
+            continue;
+        const auto encoded = document->encode();
+        QVERIFY(encoded);
+        QCOMPARE(*PresetPackDocument::decode(*encoded), *document);
+    }
 }
 
 QTEST_GUILESS_MAIN(PresetPackTest)

@@ -189,7 +189,7 @@ void ServerSentEventReaderTest::limit() {
 
 void ServerSentEventReaderTest::regressionInputs() {
     // Inputs that once broke a fuzz run stay here as tests.
-    const QDir dir(QStringLiteral(SCRIVEL_TEST_DATA_DIR "/sse"));
+    const QDir dir(QStringLiteral(SCRIVEL_TEST_DATA_DIR "/ServerSentEventReader"));
     for (const QFileInfo& entry : dir.entryInfoList(QDir::Files)) {
         QFile file(entry.filePath());
         QVERIFY(file.open(QIODevice::ReadOnly));
