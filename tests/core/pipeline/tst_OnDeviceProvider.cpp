@@ -1,0 +1,140 @@
+#include "linux/UnavailableOnDeviceModel.h"
+#include "pipeline/OnDeviceProvider.h"
+#include "support/FakeOnDeviceModel.h"
+#include "support/TestSupport.h"
+
+#include <QtTest>
+
+using namespace scrivel;
+using test::FakeOnDeviceModel;
+
+Q_DECLARE_METATYPE(OnDeviceModel::GenerationError)
+
+class OnDeviceProviderTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void inputLimit_data();
+    void inputLimit();
+    void unavailableModel_data();
+    void unavailableModel();
+    void warmSessionServesTheNextRequestWithTheSameInstructions();
+    void otherInstructionsGetTheirOwnSession();
+    void generationErrors_data();
+    void generationErrors();
+    void linuxHasNoModel();
+};
+
+void OnDeviceProviderTest::inputLimit_data() {
+    QTest::addColumn<qsizetype>("bytes");
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("12,000 bytes") << qsizetype(12000) << true;
+    QTest::newRow("12,001 bytes") << qsizetype(12001) << false;
+}
+
+void OnDeviceProviderTest::inputLimit() {
+    QFETCH(qsizetype, bytes);
+    QFETCH(bool, accepted);
+    FakeOnDeviceModel model;
+    OnDeviceProvider provider(model);
+    const auto result = test::waitFor(
+        provider.transform(test::textOfUtf8Bytes(bytes, QStringLiteral("\u00e9")), "i"));
+    QVERIFY(result);
+    QCOMPARE(result->has_value(), accepted);
+    if (!accepted) {
+        QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::inputTooLarge()));
+        QVERIFY(model.sessions.isEmpty()); // refused before the model is asked
+        QCOMPARE(RewriteError::inputTooLarge().panelMessage(),
+                 QStringLiteral("This text is too long for the provider."));
+    }
+}
+
+void OnDeviceProviderTest::unavailableModel_data() {
+    using K = OnDeviceModel::Availability::Kind;
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("not eligible") << int(K::deviceNotEligible)
+                                  << "Device not eligible for Apple Intelligence";
+    QTest::newRow("not enabled") << int(K::notEnabled) << "Apple Intelligence is not enabled";
+    QTest::newRow("not ready") << int(K::modelNotReady) << "Model not ready";
+    QTest::newRow("other") << int(K::other) << "Downloading";
+}
+
+void OnDeviceProviderTest::unavailableModel() {
+    QFETCH(int, kind);
+    QFETCH(QString, message);
+    FakeOnDeviceModel model;
+    model.availabilityValue = {OnDeviceModel::Availability::Kind(kind), "Downloading"};
+    OnDeviceProvider provider(model);
+    const auto result = test::waitFor(provider.transform("text", "i"));
+    QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::modelUnavailable(
+                                  UnavailableReason::modelNotReady(message))));
+    provider.prewarm("i");
+    QVERIFY(model.sessions.isEmpty());
+}
+
+void OnDeviceProviderTest::warmSessionServesTheNextRequestWithTheSameInstructions() {
+    FakeOnDeviceModel model;
+    OnDeviceProvider provider(model);
+    const auto first = test::waitFor(provider.transform("a b", "Fix it."));
+    QCOMPARE(first->value(), QStringLiteral("transformed"));
+    QCOMPARE(model.sessions[0].prompts,
+             QStringList{"Apply your instructions to the content of <input> and return only the "
+                         "result.\n\n<input>\na b\n</input>"});
+    // After every request a fresh session is warmed for the same instructions.
+    QTRY_VERIFY(provider.hasWarmSession("Fix it."));
+    QCOMPARE(model.sessions.size(), 2);
+    QCOMPARE(model.sessions[1].prewarms, 1);
+
+    QVERIFY(test::waitFor(provider.transform("c", "Fix it."))->has_value());
+    QCOMPARE(model.sessions[1].prompts.size(), 1); // the warm one answered
+    QCOMPARE(model.sessions[0].prompts.size(), 1);
+}
+
+void OnDeviceProviderTest::otherInstructionsGetTheirOwnSession() {
+    FakeOnDeviceModel model;
+    OnDeviceProvider provider(model);
+    provider.prewarm("A");
+    QVERIFY(test::waitFor(provider.transform("x", "B"))->has_value());
+    QVERIFY(model.sessions.size() >= 2);
+    QCOMPARE(model.sessions[1].prompts.size(), 1);
+    QCOMPARE(model.sessions[1].instructions, QStringLiteral("B"));
+    QCOMPARE(model.sessions[1].prewarms, 1);
+    QVERIFY(model.sessions[0].prompts.isEmpty());
+}
+
+void OnDeviceProviderTest::generationErrors_data() {
+    QTest::addColumn<OnDeviceModel::GenerationError>("error");
+    QTest::addColumn<QString>("message");
+    using E = OnDeviceModel::GenerationError;
+    QTest::newRow("context window") << E::contextWindowExceeded << "Text is too long";
+    QTest::newRow("language") << E::unsupportedLanguage << "Unsupported language";
+    QTest::newRow("guardrail") << E::guardrailViolation
+                               << QStringLiteral("Couldn\u2019t fix this text");
+    QTest::newRow("other") << E::otherFailure << QStringLiteral("Couldn\u2019t fix this text");
+}
+
+void OnDeviceProviderTest::generationErrors() {
+    QFETCH(OnDeviceModel::GenerationError, error);
+    QFETCH(QString, message);
+    FakeOnDeviceModel model;
+    model.reply = std::unexpected(error);
+    OnDeviceProvider provider(model);
+    const auto result = test::waitFor(provider.transform("x", "i"));
+    QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::modelFailed(message)));
+    QTRY_VERIFY(provider.hasWarmSession("i")); // re-warmed after a failure too
+}
+
+void OnDeviceProviderTest::linuxHasNoModel() {
+    UnavailableOnDeviceModel model;
+    OnDeviceProvider provider(model);
+    QVERIFY(!model.availability().isAvailable());
+    const auto result = test::waitFor(provider.transform("x", "i"));
+    QCOMPARE(
+        result->error(),
+        TransformFailure::rewrite(RewriteError::modelUnavailable(UnavailableReason::modelNotReady(
+            QStringLiteral("No on-device model is available on this system")))));
+}
+
+QTEST_GUILESS_MAIN(OnDeviceProviderTest)
+#include "tst_OnDeviceProvider.moc"

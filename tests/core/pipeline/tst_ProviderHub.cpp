@@ -1,0 +1,146 @@
+#include "dummy/InMemorySecretStore.h"
+#include "pipeline/ProviderHub.h"
+#include "presets/BuiltInPresets.h"
+#include "providers/APIKeyStore.h"
+#include "support/FakeOnDeviceModel.h"
+#include "support/TestSupport.h"
+
+#include <QtTest>
+
+using namespace scrivel;
+using test::FakeOnDeviceModel;
+
+namespace {
+
+Preset presetFor(const QString& providerID, const std::optional<QString>& baseURL,
+                 const QString& model = QStringLiteral("m")) {
+    Preset preset = builtInPresets(false).at(1);
+    preset.providerID = providerID;
+    preset.customBaseURL = baseURL;
+    preset.model = model;
+    return preset;
+}
+
+} // namespace
+
+class ProviderHubTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void reasons_data();
+    void reasons();
+    void keychainFailureIsReported();
+    void onDeviceNeverTouchesClients();
+    void equalEndpointsShareAClient();
+    void streamingWithoutABaseURLFails();
+    void onDeviceStreamIsOneCompletedEvent();
+
+private:
+    std::optional<UnavailableReason> reasonFor(const Preset& preset) {
+        return *test::waitFor(m_hub->unavailableReason(preset));
+    }
+
+    FakeOnDeviceModel m_model;
+    InMemorySecretStore m_modern;
+    InMemorySecretStore m_legacy;
+    std::unique_ptr<APIKeyStore> m_keys;
+    std::unique_ptr<ProviderHub> m_hub;
+};
+
+void ProviderHubTest::init() {
+    m_model = {};
+    m_modern = {};
+    m_legacy = {};
+    m_keys =
+        std::make_unique<APIKeyStore>(m_modern, m_legacy, [] { return Future<bool>::ready(true); });
+    m_hub = std::make_unique<ProviderHub>(m_model, *m_keys);
+}
+
+void ProviderHubTest::reasons_data() {
+    QTest::addColumn<Preset>("preset");
+    QTest::addColumn<bool>("storeGroqKey");
+    QTest::addColumn<std::optional<UnavailableReason>>("reason");
+    using R = std::optional<UnavailableReason>;
+
+    QTest::newRow("local server without a key is ready")
+        << presetFor("custom", "http://localhost:11434/v1") << false << R();
+    QTest::newRow("catalogue provider without a key")
+        << presetFor("groq", std::nullopt) << false << R(UnavailableReason::missingAPIKey());
+    QTest::newRow("catalogue provider with a key")
+        << presetFor("groq", std::nullopt) << true << R();
+    QTest::newRow("model of spaces and tabs")
+        << presetFor("groq", std::nullopt, " \t ") << true
+        << R(UnavailableReason::misconfigured("Choose a model in Presets"));
+    QTest::newRow("a line break is a model name")
+        << presetFor("custom", "http://localhost:1/v1", "\n") << false << R();
+    QTest::newRow("custom without a usable base URL")
+        << presetFor("custom", "ftp://example.com") << false
+        << R(UnavailableReason::misconfigured("Set a custom Base URL in Presets"));
+    QTest::newRow("unknown provider")
+        << presetFor("OpenAI", std::nullopt) << false
+        << R(UnavailableReason::misconfigured("Set a custom Base URL in Presets"));
+}
+
+void ProviderHubTest::reasons() {
+    QFETCH(Preset, preset);
+    QFETCH(bool, storeGroqKey);
+    QFETCH(std::optional<UnavailableReason>, reason);
+    if (storeGroqKey)
+        m_modern.items.insert(QStringLiteral("groq"), "gsk");
+    QCOMPARE(reasonFor(preset), reason);
+}
+
+void ProviderHubTest::keychainFailureIsReported() {
+    m_modern.readFailure = -25293;
+    QCOMPARE(reasonFor(presetFor("groq", std::nullopt)),
+             std::optional(UnavailableReason::keychainError()));
+}
+
+void ProviderHubTest::onDeviceNeverTouchesClients() {
+    Preset preset = presetFor("onDevice", "https://example.com/v1", "whatever");
+    QCOMPARE(reasonFor(preset), std::nullopt);
+    m_model.availabilityValue = {OnDeviceModel::Availability::Kind::notEnabled, {}};
+    QCOMPARE(reasonFor(preset),
+             std::optional(UnavailableReason::modelNotReady("Apple Intelligence is not enabled")));
+    m_hub->prewarm(preset);
+    QCOMPARE(m_hub->clientCount(), 0);
+}
+
+void ProviderHubTest::equalEndpointsShareAClient() {
+    reasonFor(presetFor("custom", "http://localhost:1234/v1/"));
+    reasonFor(presetFor("custom", " http://LOCALHOST:1234/v1"));
+    QCOMPARE(m_hub->clientCount(), 1);
+    reasonFor(presetFor("custom", "http://localhost:1234/v2"));
+    QCOMPARE(m_hub->clientCount(), 2);
+    m_modern.items.insert(QStringLiteral("groq"), "k");
+    reasonFor(presetFor("groq", std::nullopt, "a"));
+    reasonFor(presetFor("groq", std::nullopt, "b"));
+    QCOMPARE(m_hub->clientCount(), 3);
+}
+
+void ProviderHubTest::streamingWithoutABaseURLFails() {
+    TransformStream stream = m_hub->stream(presetFor("custom", std::nullopt), "text");
+    std::optional<std::optional<TransformFailure>> end;
+    stream.subscribe(
+        this, [](const TransformStreamEvent&) {},
+        [&](std::optional<TransformFailure> failure) { end = failure; });
+    QTRY_VERIFY(end.has_value());
+    QCOMPARE(*end, std::optional(TransformFailure::rewrite(RewriteError::modelUnavailable(
+                       UnavailableReason::misconfigured("Set a custom Base URL in Presets")))));
+}
+
+void ProviderHubTest::onDeviceStreamIsOneCompletedEvent() {
+    TransformStream stream = m_hub->stream(presetFor("onDevice", std::nullopt, ""), "text");
+    QList<TransformStreamEvent> events;
+    bool ended = false;
+    stream.subscribe(
+        this, [&](const TransformStreamEvent& event) { events << event; },
+        [&](std::optional<TransformFailure> failure) { ended = !failure; });
+    QTRY_VERIFY(ended);
+    QCOMPARE(events.size(), 1);
+    QVERIFY(events.first() == TransformStreamEvent::completed("transformed"));
+}
+
+QTEST_GUILESS_MAIN(ProviderHubTest)
+#include "tst_ProviderHub.moc"

@@ -1,0 +1,133 @@
+#include "dummy/InMemorySecretStore.h"
+#include "pipeline/ProviderHub.h"
+#include "pipeline/RewriteCoordinator.h"
+#include "presets/BuiltInPresets.h"
+#include "providers/APIKeyStore.h"
+#include "support/FakeOnDeviceModel.h"
+#include "support/ScriptedHttpServer.h"
+#include "support/TestSupport.h"
+
+#include <QtTest>
+
+using namespace scrivel;
+using test::ScriptedHttpServer;
+
+// Coordinator, hub, client and a real HTTP server on 127.0.0.1.
+class RewriteEndToEndTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void streamedReplyBecomesAFixedText();
+    void validatingPresetCleansThePreface();
+    void rejectedKeyAsksForTheKey();
+    void timeoutCancelsTheRequest();
+    void cancellationClosesTheConnection();
+
+private:
+    Preset localPreset(bool validates = false) const;
+    std::optional<RewriteCoordinator::Result> rewrite(const QString& input, const Preset& preset);
+
+    std::unique_ptr<ScriptedHttpServer> m_server;
+    test::FakeOnDeviceModel m_model;
+    InMemorySecretStore m_modern;
+    InMemorySecretStore m_legacy;
+    std::unique_ptr<APIKeyStore> m_keys;
+    std::unique_ptr<ProviderHub> m_hub;
+    std::unique_ptr<RewriteCoordinator> m_coordinator;
+    QList<OperationUIState> m_states;
+};
+
+void RewriteEndToEndTest::init() {
+    m_server = std::make_unique<ScriptedHttpServer>();
+    QVERIFY(m_server->start());
+    m_keys =
+        std::make_unique<APIKeyStore>(m_modern, m_legacy, [] { return Future<bool>::ready(true); });
+    m_hub = std::make_unique<ProviderHub>(m_model, *m_keys);
+    m_coordinator = std::make_unique<RewriteCoordinator>(*m_hub);
+    m_states.clear();
+    m_coordinator->setUIHandler([this](const OperationUIState& state) { m_states << state; });
+}
+
+void RewriteEndToEndTest::cleanup() {
+    m_coordinator.reset();
+    m_hub.reset();
+}
+
+Preset RewriteEndToEndTest::localPreset(bool validates) const {
+    Preset preset = builtInPresets(false).at(validates ? 0 : 1);
+    preset.providerID = QStringLiteral("custom");
+    preset.customBaseURL = m_server->url(QStringLiteral("/v1")).toString();
+    preset.model = QStringLiteral("local-model");
+    return preset;
+}
+
+std::optional<RewriteCoordinator::Result> RewriteEndToEndTest::rewrite(const QString& input,
+                                                                       const Preset& preset) {
+    return test::waitFor(m_coordinator->rewrite(input, preset), 10000);
+}
+
+void RewriteEndToEndTest::streamedReplyBecomesAFixedText() {
+    m_server->setHandler([](const auto&) {
+        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat ") +
+                                                   ScriptedHttpServer::dataLine("sat.\n"),
+                                               true, 9);
+    });
+    const auto result = rewrite(QStringLiteral("teh cat sat"), localPreset());
+    QVERIFY(result && result->has_value());
+    QCOMPARE(**result, FixResult::fixed(QStringLiteral("The cat sat.")));
+    QCOMPARE(m_states.size(), 2);
+    QCOMPARE(m_states.last().kind(), OperationUIState::Kind::success);
+    QVERIFY(!m_server->requests().first().headers.contains("authorization"));
+}
+
+void RewriteEndToEndTest::validatingPresetCleansThePreface() {
+    m_server->setHandler([](const auto&) {
+        return ScriptedHttpServer::eventStream(
+            ScriptedHttpServer::dataLine("Here is the corrected text: This sentence has a typo."),
+            false);
+    });
+    const auto result = rewrite(QStringLiteral("This sentense has a typo."), localPreset(true));
+    QCOMPARE(**result, FixResult::fixed(QStringLiteral("This sentence has a typo.")));
+}
+
+void RewriteEndToEndTest::rejectedKeyAsksForTheKey() {
+    m_server->setHandler([](const auto&) { return ScriptedHttpServer::status(401); });
+    const auto result = rewrite(QStringLiteral("text"), localPreset());
+    QVERIFY(result && !result->has_value());
+    QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::modelUnavailable(
+                                  UnavailableReason::rejectedAPIKey())));
+    QCOMPARE(m_states.last(),
+             OperationUIState::modelUnavailable(UnavailableReason::rejectedAPIKey()));
+}
+
+void RewriteEndToEndTest::timeoutCancelsTheRequest() {
+    ScriptedHttpServer::Response stall;
+    stall.stall = true;
+    m_server->setHandler([&](const auto&) { return stall; });
+    m_coordinator->setTimeoutScale(
+        [](int seconds) { return std::chrono::milliseconds(seconds * 10); });
+    const auto result = rewrite(QStringLiteral("text"), localPreset());
+    QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::timeout()));
+    QTRY_COMPARE_WITH_TIMEOUT(m_server->connectionsClosedByClient(), 1, 5000);
+}
+
+void RewriteEndToEndTest::cancellationClosesTheConnection() {
+    ScriptedHttpServer::Response slow =
+        ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("first"), true);
+    slow.writes.removeLast();
+    slow.stall = true;
+    m_server->setHandler([&](const auto&) { return slow; });
+    QStringList partials;
+    auto future =
+        m_coordinator->rewrite(QStringLiteral("text"), localPreset(),
+                               [&](const TextSnapshot& text) { partials << text.toString(); });
+    QTRY_COMPARE_WITH_TIMEOUT(partials, QStringList{"first"}, 5000);
+    future.cancel();
+    QTRY_COMPARE_WITH_TIMEOUT(m_server->connectionsClosedByClient(), 1, 5000);
+    QCOMPARE(m_states.last(), OperationUIState::idle());
+}
+
+QTEST_GUILESS_MAIN(RewriteEndToEndTest)
+#include "tst_RewriteEndToEnd.moc"
