@@ -2,26 +2,94 @@
 
 #include "providers/StreamChatChunk.h"
 
-#include <QStringDecoder>
 #include <cstring>
 
 namespace scrivel {
 
 namespace {
 
-// Spaces, tabs and the other Unicode space separators; not line breaks.
-bool isHorizontalWhiteSpace(QChar c) {
-    return c == QLatin1Char('\t') || c.category() == QChar::Separator_Space;
+// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF.
+bool isValidUtf8(QByteArrayView bytes) {
+    const auto* p = reinterpret_cast<const unsigned char*>(bytes.data());
+    const auto* end = p + bytes.size();
+    while (p < end) {
+        // Plain ASCII, eight bytes at a time.
+        while (end - p >= 8) {
+            quint64 word;
+            std::memcpy(&word, p, 8);
+            if (word & 0x8080808080808080ULL)
+                break;
+            p += 8;
+        }
+        if (p >= end)
+            break;
+        const unsigned char c = *p;
+        if (c < 0x80) {
+            ++p;
+            continue;
+        }
+        int length;
+        char32_t minimum;
+        char32_t value;
+        if ((c & 0xE0) == 0xC0) {
+            length = 2, minimum = 0x80, value = c & 0x1F;
+        } else if ((c & 0xF0) == 0xE0) {
+            length = 3, minimum = 0x800, value = c & 0x0F;
+        } else if ((c & 0xF8) == 0xF0) {
+            length = 4, minimum = 0x10000, value = c & 0x07;
+        } else {
+            return false;
+        }
+        if (end - p < length)
+            return false;
+        for (int i = 1; i < length; ++i) {
+            if ((p[i] & 0xC0) != 0x80)
+                return false;
+            value = (value << 6) | (p[i] & 0x3F);
+        }
+        if (value < minimum || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
+            return false;
+        p += length;
+    }
+    return true;
 }
 
-QStringView trimmedHorizontally(QStringView text) {
-    qsizetype begin = 0;
-    qsizetype end = text.size();
-    while (begin < end && isHorizontalWhiteSpace(text[begin]))
-        ++begin;
-    while (end > begin && isHorizontalWhiteSpace(text[end - 1]))
-        --end;
-    return text.mid(begin, end - begin);
+// The length of a horizontal white-space character (tab or a Unicode space
+// separator) at the start of bytes, or 0.
+qsizetype spaceAtStart(QByteArrayView bytes) {
+    if (bytes.isEmpty())
+        return 0;
+    const auto b = [&](qsizetype i) { return i < bytes.size() ? quint8(bytes[i]) : 0; };
+    if (b(0) == ' ' || b(0) == '\t')
+        return 1;
+    if (b(0) == 0xC2 && b(1) == 0xA0)
+        return 2; // U+00A0
+    if (b(0) == 0xE1 && b(1) == 0x9A && b(2) == 0x80)
+        return 3; // U+1680
+    if (b(0) == 0xE2 && b(1) == 0x80 && ((b(2) >= 0x80 && b(2) <= 0x8A) || b(2) == 0xAF))
+        return 3; // U+2000..U+200A, U+202F
+    if (b(0) == 0xE2 && b(1) == 0x81 && b(2) == 0x9F)
+        return 3; // U+205F
+    if (b(0) == 0xE3 && b(1) == 0x80 && b(2) == 0x80)
+        return 3; // U+3000
+    return 0;
+}
+
+// The same at the end of bytes.
+qsizetype spaceAtEnd(QByteArrayView bytes) {
+    for (qsizetype length : {1, 2, 3}) {
+        if (bytes.size() >= length && spaceAtStart(bytes.last(length)) == length)
+            return length;
+    }
+    return 0;
+}
+
+QByteArrayView trimmedHorizontally(QByteArrayView bytes) {
+    while (const qsizetype n = spaceAtStart(bytes))
+        bytes = bytes.sliced(n);
+    while (const qsizetype n = spaceAtEnd(bytes))
+        bytes.chop(n);
+    return bytes;
 }
 
 qsizetype utf8Length(QStringView text) {
@@ -49,20 +117,19 @@ ServerSentEventReader::ServerSentEventReader(qsizetype replyLimit) : m_replyLimi
 }
 
 std::optional<QString> ServerSentEventReader::textOfLine(QByteArrayView line) {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString decoded = decoder.decode(line);
-    if (decoder.hasError())
+    // Everything here works on the bytes: a line is only turned into text
+    // once it is known to carry a chunk.
+    if (!isValidUtf8(line))
         return std::nullopt;
-    QStringView text(decoded);
-    if (text.endsWith(QLatin1Char('\r')))
-        text.chop(1);
-    text = trimmedHorizontally(text);
-    if (!text.startsWith(QLatin1String("data:")))
+    if (line.endsWith('\r'))
+        line.chop(1);
+    line = trimmedHorizontally(line);
+    if (!line.startsWith("data:"))
         return std::nullopt;
-    const QStringView payload = trimmedHorizontally(text.mid(5));
-    if (payload.isEmpty() || payload == QLatin1String("[DONE]"))
+    const QByteArrayView payload = trimmedHorizontally(line.sliced(5));
+    if (payload.isEmpty() || payload == "[DONE]")
         return std::nullopt;
-    const auto chunk = StreamChatChunk::decode(payload.toUtf8());
+    const auto chunk = StreamChatChunk::decode(payload);
     if (!chunk)
         return std::nullopt;
     auto chunkText = chunk->text();
