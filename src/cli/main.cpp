@@ -1,21 +1,30 @@
-#include "PlatformInfo.h"
+#include "CliApplication.h"
 
 #include <QCoreApplication>
-#include <QTextStream>
+#include <QGuiApplication>
+#include <QNetworkProxyFactory>
+#include <memory>
 
 int main(int argc, char* argv[]) {
-    QCoreApplication app(argc, argv);
+    // --copy needs the GUI side of Qt for the clipboard; everything else runs
+    // without a display.
+    bool wantsClipboard = false;
+    for (int i = 1; i < argc; ++i)
+        wantsClipboard = wantsClipboard || qstrcmp(argv[i], "--copy") == 0;
+    const bool hasDisplay =
+        qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    std::unique_ptr<QCoreApplication> app;
+    if (wantsClipboard && hasDisplay)
+        app = std::make_unique<QGuiApplication>(argc, argv);
+    else
+        app = std::make_unique<QCoreApplication>(argc, argv);
+
     QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
+    // Requests go through the system's proxy settings, as the desktop app's do.
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
 
-    QTextStream out(stdout);
-    const QStringList args = QCoreApplication::arguments();
-    if (args.contains(QStringLiteral("--version"))) {
-        out << "scrivel-cli " << QCoreApplication::applicationVersion() << " ("
-            << scrivel::platform::adapterSetName() << ")\n";
-        return 0;
-    }
-    out << "Usage: scrivel-cli --version\n";
-    return args.size() > 1 ? 2 : 0;
+    scrivel::cli::CliApplication cli;
+    return cli.run(QCoreApplication::arguments());
 }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QStringList>
+
+namespace scrivel::cli {
+
+class CliServices;
+
+// Parses scrivel-cli's command line and runs one command. Returns the exit
+// code.
+class CliApplication {
+public:
+    int run(const QStringList& arguments);
+
+private:
+    int rewrite(const QStringList& arguments);
+    int presets(const QStringList& arguments);
+    int key(const QStringList& arguments);
+    int models(const QStringList& arguments);
+    int status(const QStringList& arguments);
+
+    CliServices& services();
+
+    CliServices* m_services = nullptr;
+};
+
+} // namespace scrivel::cli

@@ -1,0 +1,254 @@
+#include "presets/PresetPackDocument.h"
+#include "support/ScriptedHttpServer.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <csignal>
+
+using namespace scrivel;
+using test::ScriptedHttpServer;
+
+namespace {
+
+struct Run {
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+} // namespace
+
+// The real scrivel-cli binary against the loopback server, with its own
+// settings and key files.
+class CliEndToEndTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void listsTheBuiltInsWithTheActiveOneMarked();
+    void streamedRewriteToStandardOutput();
+    void alreadyCleanPrintsTheInput();
+    void rejectedKeyUsesThePanelWording();
+    void missingKeyMakesNoConnection();
+    void listsModels();
+    void exportThenImportRoundTrips();
+    void keysAreNeverPrinted();
+    void interruptCancelsAStalledStream();
+    void usageErrors_data();
+    void usageErrors();
+
+private:
+    QProcessEnvironment environment(const QString& home) const;
+    Run cli(const QStringList& arguments, const QByteArray& input = {},
+            const QString& home = QString());
+    void addLocalPreset();
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<ScriptedHttpServer> m_server;
+};
+
+void CliEndToEndTest::init() {
+    m_home = std::make_unique<QTemporaryDir>();
+    m_server = std::make_unique<ScriptedHttpServer>();
+    QVERIFY(m_server->start());
+}
+
+QProcessEnvironment CliEndToEndTest::environment(const QString& home) const {
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    const QString root = home.isEmpty() ? m_home->path() : home;
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), root + QStringLiteral("/config"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), root + QStringLiteral("/data"));
+    env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
+    env.remove(QStringLiteral("http_proxy"));
+    env.remove(QStringLiteral("HTTP_PROXY"));
+    return env;
+}
+
+Run CliEndToEndTest::cli(const QStringList& arguments, const QByteArray& input,
+                         const QString& home) {
+    QProcess process;
+    process.setProcessEnvironment(environment(home));
+    process.start(QStringLiteral(SCRIVEL_CLI_PATH), arguments);
+    if (!process.waitForStarted())
+        return {};
+    process.write(input);
+    process.closeWriteChannel();
+    // The server lives in this process: keep its event loop turning.
+    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 20000))
+        process.kill();
+    Run run;
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
+}
+
+void CliEndToEndTest::addLocalPreset() {
+    PresetPackDocument pack;
+    pack.name = QStringLiteral("Local");
+    PresetPackItem item;
+    item.name = QStringLiteral("Local");
+    item.providerID = QStringLiteral("custom");
+    item.customBaseURL = m_server->url(QStringLiteral("/v1")).toString();
+    item.model = QStringLiteral("local-model");
+    item.instructions = QStringLiteral("Fix it.");
+    pack.presets = {item};
+    const QString path = m_home->filePath(QStringLiteral("local.scrivel.json"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(*pack.encode());
+    file.close();
+    QCOMPARE(cli({"presets", "import", path}).exitCode, 0);
+    QCOMPARE(cli({"presets", "use", "Local"}).exitCode, 0);
+}
+
+void CliEndToEndTest::listsTheBuiltInsWithTheActiveOneMarked() {
+    const Run run = cli({"presets"});
+    QCOMPARE(run.exitCode, 0);
+    const QList<QByteArray> lines = run.out.trimmed().split('\n');
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines[0].startsWith("* Fix\tGroq \xc2\xb7 openai/gpt-oss-120b\t"));
+    QVERIFY(lines[1].startsWith("  Make Concise\t"));
+}
+
+void CliEndToEndTest::streamedRewriteToStandardOutput() {
+    addLocalPreset();
+    m_server->setHandler([](const auto&) {
+        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat ") +
+                                                   ScriptedHttpServer::dataLine("sat."),
+                                               true, 11, 5);
+    });
+    const Run run = cli({"rewrite"}, "teh cat sat\n");
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out, QByteArray("The cat sat.\n")); // piped: only the final text
+    QCOMPARE(m_server->requests().size(), 1);
+    QVERIFY(m_server->requests()[0].body.contains("teh cat sat\\n"));
+    QVERIFY(!m_server->requests()[0].headers.contains("authorization"));
+}
+
+void CliEndToEndTest::alreadyCleanPrintsTheInput() {
+    addLocalPreset();
+    m_server->setHandler([](const auto&) {
+        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Fine as is."), false);
+    });
+    const QString file = m_home->filePath(QStringLiteral("input.txt"));
+    QFile input(file);
+    QVERIFY(input.open(QIODevice::WriteOnly));
+    input.write("  Fine as is.\n");
+    input.close();
+    const Run run = cli({"rewrite", file});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out, QByteArray("  Fine as is.\n"));
+    QVERIFY(run.err.contains("No change needed."));
+}
+
+void CliEndToEndTest::rejectedKeyUsesThePanelWording() {
+    addLocalPreset();
+    m_server->setHandler([](const auto&) { return ScriptedHttpServer::status(401); });
+    const Run run = cli({"rewrite", "--preset", "Local"}, "text");
+    QCOMPARE(run.exitCode, 3);
+    QVERIFY(run.out.isEmpty());
+    QCOMPARE(run.err.trimmed(), QByteArray("API key was rejected. Check it in Presets."));
+}
+
+void CliEndToEndTest::missingKeyMakesNoConnection() {
+    addLocalPreset();
+    const Run run = cli({"rewrite", "--preset", "make concise"}, "text");
+    QCOMPARE(run.exitCode, 3);
+    QCOMPARE(run.err.trimmed(), QByteArray("Connect this preset to a provider in Presets"));
+    QVERIFY(m_server->requests().isEmpty());
+    QVERIFY(cli({"status"}).out.contains("Status: Local \xc2\xb7 Ready"));
+}
+
+void CliEndToEndTest::listsModels() {
+    m_server->setHandler([](const auto&) {
+        return ScriptedHttpServer::status(
+            200, R"({"data":[{"id":"zeta"},{"id":"whisper-1"},{"id":"alpha"}]})");
+    });
+    const Run run = cli({"models", "custom", "--base-url", m_server->url("/v1").toString()});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out, QByteArray("alpha\nzeta\n"));
+    QCOMPARE(m_server->requests().first().path, QByteArray("/v1/models"));
+    const Run unknown = cli({"models", "nobody"});
+    QCOMPARE(unknown.exitCode, 2);
+}
+
+void CliEndToEndTest::exportThenImportRoundTrips() {
+    addLocalPreset();
+    const QString first = m_home->filePath(QStringLiteral("all.scrivel.json"));
+    QCOMPARE(cli({"presets", "export", first}).exitCode, 0);
+    QTemporaryDir elsewhere;
+    const Run imported = cli({"presets", "import", first}, {}, elsewhere.path());
+    QCOMPARE(imported.exitCode, 0);
+    QVERIFY(imported.out.contains("4 added, 0 replaced")); // three built-ins replaced? no: new ids
+    const QString second = elsewhere.filePath(QStringLiteral("again.scrivel.json"));
+    QCOMPARE(cli({"presets", "export", second}, {}, elsewhere.path()).exitCode, 0);
+    QFile a(first), b(second);
+    QVERIFY(a.open(QIODevice::ReadOnly) && b.open(QIODevice::ReadOnly));
+    const auto original = PresetPackDocument::decode(a.readAll());
+    const auto again = PresetPackDocument::decode(b.readAll());
+    // The other store kept its own three built-ins and gained the four.
+    QCOMPARE(again->presets.mid(3), original->presets);
+
+    const Run bad = cli({"presets", "import", m_home->filePath("missing.json")});
+    QCOMPARE(bad.exitCode, 1);
+    QVERIFY(bad.err.contains("The pack could not be read. Check the file and try again."));
+}
+
+void CliEndToEndTest::keysAreNeverPrinted() {
+    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
+    const Run set = cli({"key", "set", "groq"}, "  gsk-secret-123 \n");
+    QCOMPARE(set.exitCode, 0);
+    QVERIFY(!set.out.contains("gsk-secret-123") && !set.err.contains("gsk-secret-123"));
+    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: key stored\n"));
+    QVERIFY(cli({"status"}).out.contains("Ready"));
+    QCOMPARE(cli({"key", "delete", "groq"}).exitCode, 0);
+    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
+    QCOMPARE(cli({"key", "set", "custom"}).exitCode, 2); // no base URL
+}
+
+void CliEndToEndTest::interruptCancelsAStalledStream() {
+    addLocalPreset();
+    ScriptedHttpServer::Response stall =
+        ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("partial"), true);
+    stall.writes.removeLast();
+    stall.stall = true;
+    m_server->setHandler([&](const auto&) { return stall; });
+
+    QProcess process;
+    process.setProcessEnvironment(environment({}));
+    process.start(QStringLiteral(SCRIVEL_CLI_PATH), {"rewrite"});
+    QVERIFY(process.waitForStarted());
+    process.write("text");
+    process.closeWriteChannel();
+    QTRY_COMPARE_WITH_TIMEOUT(m_server->requests().size(), 1, 10000);
+    QTest::qWait(200); // the partial reply is on its way
+    ::kill(pid_t(process.processId()), SIGINT);
+    QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, 3000);
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 130);
+    QVERIFY(process.readAllStandardOutput().isEmpty()); // nothing half-written
+    QTRY_COMPARE_WITH_TIMEOUT(m_server->connectionsClosedByClient(), 1, 3000);
+}
+
+void CliEndToEndTest::usageErrors_data() {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("no command") << QStringList{} << 2;
+    QTest::newRow("unknown command") << QStringList{"fly"} << 2;
+    QTest::newRow("unknown preset") << QStringList{"rewrite", "--preset", "Nope"} << 2;
+    QTest::newRow("unknown option") << QStringList{"rewrite", "--fast"} << 2;
+    QTest::newRow("help") << QStringList{"rewrite", "--help"} << 0;
+    QTest::newRow("version") << QStringList{"--version"} << 0;
+    QTest::newRow("empty input") << QStringList{"rewrite"} << 2;
+}
+
+void CliEndToEndTest::usageErrors() {
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QCOMPARE(cli(arguments, " \n").exitCode, exitCode);
+}
+
+QTEST_GUILESS_MAIN(CliEndToEndTest)
+#include "tst_CliEndToEnd.moc"
