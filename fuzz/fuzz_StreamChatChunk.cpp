@@ -1,17 +1,31 @@
-// Decodes random payloads as stream chunks: never a crash, and a decoded
-// chunk's text is always the first choice's delta or message content.
+// Decodes random payloads as stream chunks: never a crash, and whenever the
+// fast chunk scanner decides a payload, it agrees with the general decoder.
+#include "providers/ChunkScanner.h"
 #include "providers/StreamChatChunk.h"
 
 #include <cstdint>
 #include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const auto chunk = scrivel::StreamChatChunk::decode(
-        QByteArrayView(reinterpret_cast<const char*>(data), qsizetype(size)));
-    if (!chunk)
-        return 0;
-    const auto text = chunk->text();
-    if (text && (!chunk->choices || chunk->choices->isEmpty()))
-        std::abort();
+    const QByteArrayView payload(reinterpret_cast<const char*>(data), qsizetype(size));
+    const auto chunk = scrivel::StreamChatChunk::decode(payload);
+    const auto scanned = scrivel::ChunkScanner::scan(payload);
+    using Outcome = scrivel::ChunkScanner::Outcome;
+    switch (scanned.outcome) {
+    case Outcome::notHandled:
+        break;
+    case Outcome::wrongType:
+        if (chunk)
+            std::abort();
+        break;
+    case Outcome::noText:
+        if (!chunk || chunk->text())
+            std::abort();
+        break;
+    case Outcome::text:
+        if (!chunk || chunk->text() != std::optional<QString>(scanned.text))
+            std::abort();
+        break;
+    }
     return 0;
 }

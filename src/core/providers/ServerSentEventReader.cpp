@@ -1,5 +1,6 @@
 #include "providers/ServerSentEventReader.h"
 
+#include "providers/ChunkScanner.h"
 #include "providers/StreamChatChunk.h"
 
 #include <cstring>
@@ -129,10 +130,24 @@ std::optional<QString> ServerSentEventReader::textOfLine(QByteArrayView line) {
     const QByteArrayView payload = trimmedHorizontally(line.sliced(5));
     if (payload.isEmpty() || payload == "[DONE]")
         return std::nullopt;
-    const auto chunk = StreamChatChunk::decode(payload);
-    if (!chunk)
+    // The fast scanner settles the usual chunks; the general decoder the rest.
+    const ChunkScanner::Result scanned = ChunkScanner::scan(payload);
+    std::optional<QString> chunkText;
+    switch (scanned.outcome) {
+    case ChunkScanner::Outcome::text:
+        chunkText = scanned.text;
+        break;
+    case ChunkScanner::Outcome::noText:
+    case ChunkScanner::Outcome::wrongType:
         return std::nullopt;
-    auto chunkText = chunk->text();
+    case ChunkScanner::Outcome::notHandled: {
+        const auto chunk = StreamChatChunk::decode(payload);
+        if (!chunk)
+            return std::nullopt;
+        chunkText = chunk->text();
+        break;
+    }
+    }
     if (!chunkText || chunkText->isEmpty())
         return std::nullopt;
     return chunkText;

@@ -1,8 +1,10 @@
 #include "providers/ChatCompletionRequest.h"
+#include "providers/ChunkScanner.h"
 #include "providers/ModelListResponse.h"
 #include "providers/StreamChatChunk.h"
 #include "support/TestSupport.h"
 
+#include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QtTest>
@@ -25,6 +27,8 @@ private Q_SLOTS:
     void userMessage();
     void chunkText_data();
     void chunkText();
+    void fastScannerAgreesWithTheDecoder_data();
+    void fastScannerAgreesWithTheDecoder();
     void modelList_data();
     void modelList();
 };
@@ -203,6 +207,57 @@ void WireFormatTest::chunkText() {
     QCOMPARE(chunk.has_value(), decodes);
     if (chunk)
         QCOMPARE(chunk->text(), text);
+}
+
+void WireFormatTest::fastScannerAgreesWithTheDecoder_data() {
+    QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<bool>("decided"); // whether the scanner settles it itself
+    QTest::newRow("usual chunk")
+        << QByteArray(R"({"id":"c1","object":"chat.completion.chunk","created":1,"choices":[)"
+                      R"({"index":0,"delta":{"content":"Hi \"there\"\n\u00e9"},)"
+                      R"("finish_reason":null,"logprobs":null}],"usage":{"t":[1,2.5,-0]}})")
+        << true;
+    QTest::newRow("message form") << QByteArray(R"({"choices":[{"message":{"content":"M"}}]})")
+                                  << true;
+    QTest::newRow("wrong type") << QByteArray(R"({"choices":[{"delta":[]}]})") << true;
+    QTest::newRow("duplicate choices")
+        << QByteArray(R"({"choices":[],"choices":[{"delta":{"content":"x"}}]})") << false;
+    QTest::newRow("exponent") << QByteArray(R"({"n":1e3,"choices":[]})") << false;
+    QTest::newRow("surrogate escape")
+        << QByteArray(R"({"choices":[{"delta":{"content":"\ud83d\ude00"}}]})") << false;
+    QTest::newRow("invalid UTF-8 in a key")
+        << QByteArray("{\"choices\":[{\"d\":{\"c\x89\":1}}]}") << false;
+    // Seeds and kept fuzz inputs.
+    const QDir dir(QStringLiteral(SCRIVEL_TEST_DATA_DIR "/StreamChatChunk"));
+    for (const QFileInfo& entry : dir.entryInfoList(QDir::Files)) {
+        QFile file(entry.filePath());
+        if (file.open(QIODevice::ReadOnly))
+            QTest::newRow(qPrintable(entry.fileName())) << file.readAll() << false;
+    }
+}
+
+void WireFormatTest::fastScannerAgreesWithTheDecoder() {
+    QFETCH(QByteArray, payload);
+    QFETCH(bool, decided);
+    const auto chunk = StreamChatChunk::decode(payload);
+    const auto scanned = ChunkScanner::scan(payload);
+    using Outcome = ChunkScanner::Outcome;
+    if (decided)
+        QVERIFY(scanned.outcome != Outcome::notHandled);
+    switch (scanned.outcome) {
+    case Outcome::notHandled:
+        break;
+    case Outcome::wrongType:
+        QVERIFY(!chunk);
+        break;
+    case Outcome::noText:
+        QVERIFY(chunk && !chunk->text());
+        break;
+    case Outcome::text:
+        QVERIFY(chunk);
+        QCOMPARE(chunk->text(), std::optional<QString>(scanned.text));
+        break;
+    }
 }
 
 void WireFormatTest::modelList_data() {
