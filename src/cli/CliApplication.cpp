@@ -452,6 +452,13 @@ int CliApplication::key(const QStringList& arguments) {
     APIKeyStore& keys = services().keys();
     const QString keychainMessage =
         ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain).message();
+    // A key-store failure is worded once, as the editor words it.
+    const auto succeeded = [&](const std::optional<APIKeyProviding::VoidResult>& result) {
+        if (result && *result)
+            return true;
+        write(stderr, keychainMessage + QStringLiteral("\n"));
+        return false;
+    };
 
     if (words[0] == QLatin1String("set")) {
         const auto typed =
@@ -460,20 +467,14 @@ int CliApplication::key(const QStringList& arguments) {
             write(stderr, QStringLiteral("No key given; nothing was saved.\n"));
             return usageError;
         }
-        const auto saved = await(keys.saveKey(*typed, account));
-        if (!saved || !*saved) {
-            write(stderr, keychainMessage + QStringLiteral("\n"));
+        if (!succeeded(await(keys.saveKey(*typed, account))))
             return otherFailure;
-        }
         write(stdout, QStringLiteral("Saved the key for %1.\n").arg(endpoint->displayName));
         return success;
     }
     if (words[0] == QLatin1String("delete")) {
-        const auto removed = await(keys.deleteKey(account));
-        if (!removed || !*removed) {
-            write(stderr, keychainMessage + QStringLiteral("\n"));
+        if (!succeeded(await(keys.deleteKey(account))))
             return otherFailure;
-        }
         write(stdout, QStringLiteral("Deleted the key for %1.\n").arg(endpoint->displayName));
         return success;
     }

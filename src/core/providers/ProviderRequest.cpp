@@ -162,11 +162,7 @@ void ProviderRequest::onFinished() {
         }
         const QString description = reply->errorString();
         if (m_open && m_streamBody) {
-            Outcome outcome;
-            outcome.kind = Outcome::Kind::droppedOpen;
-            outcome.status = m_status;
-            outcome.debugDescription = description;
-            finish(outcome);
+            dropWhileOpen(description);
             return;
         }
         fail(ProviderConnectionFailure::of(reply->error() == QNetworkReply::TimeoutError
@@ -201,14 +197,20 @@ void ProviderRequest::onTimeout(bool deadline) {
     const QString description =
         deadline ? QStringLiteral("deadline passed") : QStringLiteral("no data in time");
     if (m_open && m_streamBody) {
-        Outcome outcome;
-        outcome.kind = Outcome::Kind::droppedOpen;
-        outcome.status = m_status;
-        outcome.debugDescription = description;
-        finish(outcome);
+        dropWhileOpen(description);
         return;
     }
     fail(ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::timedOut), description);
+}
+
+// The body had begun: what ends it now is not classified (the caller words
+// it generically).
+void ProviderRequest::dropWhileOpen(const QString& description) {
+    Outcome outcome;
+    outcome.kind = Outcome::Kind::droppedOpen;
+    outcome.status = m_status;
+    outcome.debugDescription = description;
+    finish(outcome);
 }
 
 void ProviderRequest::fail(const ProviderConnectionFailure& failure, const QString& description) {

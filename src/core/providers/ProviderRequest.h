@@ -70,6 +70,7 @@ private:
     void onFinished();
     void onTimeout(bool deadline);
     void fail(const ProviderConnectionFailure& failure, const QString& description = {});
+    void dropWhileOpen(const QString& description);
     void finish(Outcome outcome);
     void dropReply();
 
