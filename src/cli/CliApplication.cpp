@@ -72,22 +72,26 @@ std::optional<T> await(Future<T>&& future) {
 // A parser with the shared options and the command's own help.
 struct CommandParser {
     QCommandLineParser parser;
+    QString usage;
 
-    CommandParser(const QString& description, const QString& syntax) {
+    CommandParser(const QString& name, const QString& description, const QString& syntax)
+        : usage(QStringLiteral("Usage: scrivel-cli %1 [options] %2").arg(name, syntax).trimmed()) {
         parser.setApplicationDescription(description);
         parser.addHelpOption();
-        parser.addPositionalArgument(QStringLiteral("arguments"), QString(), syntax);
         parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsOptions);
     }
 
     // Parses; on an error prints it and returns the exit code to use.
     std::optional<int> parse(const QStringList& arguments) {
         if (!parser.parse(arguments)) {
-            write(stderr, parser.errorText() + QStringLiteral("\n"));
+            write(stderr, parser.errorText() + QStringLiteral("\n") + usage + QStringLiteral("\n"));
             return usageError;
         }
         if (parser.isSet(QStringLiteral("help"))) {
-            write(stdout, parser.helpText());
+            // Qt's first line names the binary's full path; ours names the command.
+            QString help = parser.helpText();
+            help = usage + help.mid(help.indexOf(QLatin1Char('\n')));
+            write(stdout, help);
             return success;
         }
         return std::nullopt;
@@ -209,6 +213,7 @@ int CliApplication::run(const QStringList& arguments) {
 
 int CliApplication::rewrite(const QStringList& arguments) {
     CommandParser command(
+        QStringLiteral("rewrite"),
         QStringLiteral("Rewrites FILE (or standard input) with a preset and writes the result to "
                        "standard output. On a terminal the reply streams in on standard error."),
         QStringLiteral("[FILE]"));
@@ -299,7 +304,8 @@ int CliApplication::rewrite(const QStringList& arguments) {
 }
 
 int CliApplication::presets(const QStringList& arguments) {
-    CommandParser command(QStringLiteral("Lists and manages presets and packs."),
+    CommandParser command(QStringLiteral("presets"),
+                          QStringLiteral("Lists and manages presets and packs."),
                           QStringLiteral("[use NAME|ID | export [NAME|ID...] FILE | import FILE "
                                          "| packs | add-pack NAME]"));
     if (const auto code = command.parse(arguments))
@@ -423,6 +429,7 @@ int CliApplication::presets(const QStringList& arguments) {
 
 int CliApplication::key(const QStringList& arguments) {
     CommandParser command(
+        QStringLiteral("key"),
         QStringLiteral("Saves, deletes or checks the API key of a provider. 'key set' reads the "
                        "key from standard input (without echo on a terminal); keys are never "
                        "printed. Providers: %1.")
@@ -495,6 +502,7 @@ int CliApplication::key(const QStringList& arguments) {
 
 int CliApplication::models(const QStringList& arguments) {
     CommandParser command(
+        QStringLiteral("models"),
         QStringLiteral("Lists a provider's chat models, sorted, using the stored key. "
                        "Providers: %1.")
             .arg(providerList()),
@@ -534,7 +542,8 @@ int CliApplication::models(const QStringList& arguments) {
 }
 
 int CliApplication::status(const QStringList& arguments) {
-    CommandParser command(QStringLiteral("Shows whether the active preset can run."), QString());
+    CommandParser command(QStringLiteral("status"),
+                          QStringLiteral("Shows whether the active preset can run."), QString());
     if (const auto code = command.parse(arguments))
         return *code;
     const auto line =

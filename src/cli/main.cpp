@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <QNetworkProxyFactory>
 #include <memory>
 
@@ -22,6 +23,10 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
+    // The pipeline's log lines are for debugging (SCRIVEL_LOG=1, or
+    // QT_LOGGING_RULES, which still wins), not for a terminal user.
+    if (qEnvironmentVariableIntValue("SCRIVEL_LOG") != 1)
+        QLoggingCategory::setFilterRules(QStringLiteral("com.scrivel.*=false"));
     // Requests go through the system's proxy settings, as the desktop app's do.
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 
