@@ -81,6 +81,16 @@ bool startsWithAnyPreface(const QString& lowered) {
     });
 }
 
+// The first two line feeds that are characters of their own. The LF of a
+// CR LF pair belongs to the CR's character, so "\r\n\n" holds no blank line.
+qsizetype indexOfBlankLine(const QString& text) {
+    for (qsizetype at = text.indexOf(u"\n\n"); at >= 0; at = text.indexOf(u"\n\n", at + 1)) {
+        if (at == 0 || text.at(at - 1) != QLatin1Char('\r'))
+            return at;
+    }
+    return -1;
+}
+
 qsizetype utf8Length(const QString& text) {
     return text.toUtf8().size();
 }
@@ -166,12 +176,12 @@ QString cleanOutput(const QString& reply) {
         // in characters and removed from the original text.
         text = trimmedWhitespaceAndNewlines(
             text.mid(offsetAfterGraphemes(text, graphemeCount(preface))));
-        if (text.startsWith(QLatin1Char(':')))
+        if (hasPrefixCharacters(text, u":"))
             text = trimmedWhitespaceAndNewlines(text.mid(1));
         break;
     }
 
-    const qsizetype blankLine = text.indexOf(QStringLiteral("\n\n"));
+    const qsizetype blankLine = indexOfBlankLine(text);
     if (blankLine >= 0) {
         const QString head = trimmedWhitespaceAndNewlines(text.left(blankLine));
         const QString tail = trimmedWhitespaceAndNewlines(text.mid(blankLine + 2));

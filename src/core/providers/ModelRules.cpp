@@ -1,6 +1,7 @@
 #include "providers/ModelRules.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace scrivel {
 

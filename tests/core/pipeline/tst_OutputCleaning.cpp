@@ -106,6 +106,20 @@ void OutputCleaningTest::cleanOutput_data() {
                                << "Plain text.";
     QTest::newRow("CR LF blank line does not split") << "fixed text\r\n\r\nBody"
                                                      << "fixed text\r\n\r\nBody";
+    // The LF of a CR LF pair is part of that pair's character.
+    QTest::newRow("CR LF then LF is not a blank line") << "fixed text\r\n\nBody"
+                                                       << "fixed text\r\n\nBody";
+    QTest::newRow("CR LF then two LF splits") << "fixed text\r\n\n\nBody"
+                                              << "Body";
+    QTest::newRow("colon carrying a combining mark stays") << "Here is the fixed text :\u0301 Hi"
+                                                           << ":\u0301 Hi";
+    QTest::newRow("typographic apostrophe is no preface") << "Here\u2019s the corrected text: Hi"
+                                                          << "Here\u2019s the corrected text: Hi";
+    // Lower-casing the dotted capital I adds a unit; the preface is still
+    // measured on the text itself.
+    QTest::newRow("capitals and a dotted I after the preface")
+        << "HERE IS THE CORRECTED TEXT: \u0130stanbul \U0001F468\u200D\U0001F469"
+        << "\u0130stanbul \U0001F468\u200D\U0001F469";
 }
 
 void OutputCleaningTest::cleanOutput() {
@@ -230,6 +244,14 @@ void OutputCleaningTest::validateEdit_data() {
         << EditVerdict::accepted(QString(45, QChar(0x00E9)));
     QTest::newRow("multi-byte reply too long in UTF-8")
         << QString(68, QChar(0x00E9)) << hundred << EditVerdict::rejected("length-delta");
+    // 50 two-byte letters are 100 bytes but only 50 characters.
+    const QString hundredBytesOfAccents = textOfUtf8Bytes(100, QStringLiteral("\u00E9"));
+    QTest::newRow("multi-byte input measured in UTF-8")
+        << QString(135, QLatin1Char('b')) << hundredBytesOfAccents
+        << EditVerdict::accepted(QString(135, QLatin1Char('b')));
+    QTest::newRow("multi-byte input, reply too short")
+        << QString(64, QLatin1Char('b')) << hundredBytesOfAccents
+        << EditVerdict::rejected("length-delta");
     QTest::newRow("empty input never fails on length")
         << "Something new"
         << "" << EditVerdict::accepted("Something new");
