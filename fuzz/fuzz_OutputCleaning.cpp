@@ -32,5 +32,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     if (scrivel::trimmedWhitespaceAndNewlines(cleaned) != cleaned)
         std::abort();
+    // Every line-break character stands as a character of its own, so making
+    // CR LF and CR into LF changes none of the counts.
+    for (const QString& text : {reply, input, cleaned}) {
+        if (scrivel::lineBreakCount(scrivel::normalizedLineEndings(text)) !=
+            scrivel::lineBreakCount(text))
+            std::abort();
+    }
     return 0;
 }

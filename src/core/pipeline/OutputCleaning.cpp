@@ -3,6 +3,8 @@
 #include <QTextBoundaryFinder>
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace scrivel {
 
@@ -20,12 +22,27 @@ bool isLineBreakScalar(char32_t c) {
            c == 0x2029;
 }
 
+// Qt's finder splits a CR LF pair once a complex-script letter (Malayalam,
+// Devanagari, Thai, ...) has appeared earlier in the same run, though the pair
+// is always one character. Such a split is skipped here.
+bool isSplitCarriageReturnLineFeed(QStringView text, qsizetype position) {
+    return position > 0 && position < text.size() && text[position - 1] == u'\r' &&
+           text[position] == u'\n';
+}
+
+qsizetype nextGraphemeBoundary(QTextBoundaryFinder& finder, QStringView text) {
+    qsizetype next = finder.toNextBoundary();
+    while (next >= 0 && isSplitCarriageReturnLineFeed(text, next))
+        next = finder.toNextBoundary();
+    return next;
+}
+
 // The UTF-16 offset just past the first `count` grapheme clusters.
 qsizetype offsetAfterGraphemes(const QString& text, qsizetype count) {
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     qsizetype position = 0;
     for (qsizetype i = 0; i < count; ++i) {
-        const qsizetype next = finder.toNextBoundary();
+        const qsizetype next = nextGraphemeBoundary(finder, text);
         if (next < 0)
             return text.size();
         position = next;
@@ -36,6 +53,8 @@ qsizetype offsetAfterGraphemes(const QString& text, qsizetype count) {
 bool isGraphemeBoundary(const QString& text, qsizetype position) {
     if (position <= 0 || position >= text.size())
         return true;
+    if (isSplitCarriageReturnLineFeed(text, position))
+        return false;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
     finder.setPosition(position);
     return finder.isAtBoundary();
@@ -65,11 +84,17 @@ QString unquote(const QString& text) {
 // The prefaces, longest (in characters) first; equal lengths keep list order.
 const QStringList& prefacesLongestFirst() {
     static const QStringList sorted = [] {
-        QStringList list = prefaceList();
-        std::stable_sort(list.begin(), list.end(), [](const QString& a, const QString& b) {
-            return graphemeCount(a) > graphemeCount(b);
-        });
-        return list;
+        // Sorted by (length, list position) rather than with stable_sort,
+        // whose temporary buffer clang's libstdc++ headers flag as deprecated.
+        const QStringList& list = prefaceList();
+        std::vector<std::pair<qsizetype, qsizetype>> order;
+        for (qsizetype i = 0; i < list.size(); ++i)
+            order.emplace_back(-graphemeCount(list[i]), i);
+        std::sort(order.begin(), order.end());
+        QStringList sorted;
+        for (const auto& [negativeLength, index] : order)
+            sorted.append(list[index]);
+        return sorted;
     }();
     return sorted;
 }
@@ -127,7 +152,7 @@ qsizetype graphemeCount(QStringView text) {
         return 0;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
     qsizetype count = 0;
-    while (finder.toNextBoundary() >= 0)
+    while (nextGraphemeBoundary(finder, text) >= 0)
         ++count;
     return count;
 }
@@ -207,16 +232,14 @@ QString normalizedLineEndings(const QString& text) {
 }
 
 qsizetype lineBreakCount(const QString& text) {
-    if (text.isEmpty())
-        return 0;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    // Every line-break scalar is a control character, which always starts a
+    // character of its own; only the LF of a CR LF pair joins the CR before
+    // it. So counting scalars, less one per CR LF pair, counts characters.
+    // None of the line-break scalars lies outside the BMP.
     qsizetype count = 0;
-    qsizetype start = 0;
-    for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
-        // A cluster's first scalar decides; CR LF is one cluster.
-        if (!text.at(start).isSurrogate() && isLineBreakScalar(text.at(start).unicode()))
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (isLineBreakScalar(text[i].unicode()) && !isSplitCarriageReturnLineFeed(text, i))
             ++count;
-        start = end;
     }
     return count;
 }
