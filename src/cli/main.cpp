@@ -1,25 +1,16 @@
 #include "CliApplication.h"
+#include "ClipboardHolder.h"
 
 #include <QCoreApplication>
-#include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QNetworkProxyFactory>
-#include <memory>
 
 int main(int argc, char* argv[]) {
-    // --copy needs the GUI side of Qt for the clipboard; everything else runs
-    // without a display.
-    bool wantsClipboard = false;
-    for (int i = 1; i < argc; ++i)
-        wantsClipboard = wantsClipboard || qstrcmp(argv[i], "--copy") == 0;
-    const bool hasDisplay =
-        qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-    std::unique_ptr<QCoreApplication> app;
-    if (wantsClipboard && hasDisplay)
-        app = std::make_unique<QGuiApplication>(argc, argv);
-    else
-        app = std::make_unique<QCoreApplication>(argc, argv);
+    // The background helper that serves a --copy result.
+    if (argc == 2 && qstrcmp(argv[1], scrivel::cli::ClipboardHolder::serveCommand()) == 0)
+        return scrivel::cli::ClipboardHolder::serve(argc, argv);
 
+    QCoreApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));

@@ -2,6 +2,7 @@
 #include "support/ScriptedHttpServer.h"
 
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 #include <csignal>
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void exportThenImportRoundTrips();
     void keysAreNeverPrinted();
     void interruptCancelsAStalledStream();
+    void copyLeavesTheResultOnTheClipboard();
     void usageErrors_data();
     void usageErrors();
 
@@ -230,6 +232,40 @@ void CliEndToEndTest::interruptCancelsAStalledStream() {
     QCOMPARE(process.exitCode(), 130);
     QVERIFY(process.readAllStandardOutput().isEmpty()); // nothing half-written
     QTRY_COMPARE_WITH_TIMEOUT(m_server->connectionsClosedByClient(), 1, 3000);
+}
+
+void CliEndToEndTest::copyLeavesTheResultOnTheClipboard() {
+    if (qEnvironmentVariableIsEmpty("DISPLAY"))
+        QSKIP("needs an X display (scripts/test provides one through xvfb-run)");
+    const QString xclip = QStandardPaths::findExecutable(QStringLiteral("xclip"));
+    if (xclip.isEmpty())
+        QSKIP("needs xclip (installed by scripts/install-deps)");
+    addLocalPreset();
+    m_server->setHandler([](const auto&) {
+        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Copied text."), false);
+    });
+    const Run run = cli({"rewrite", "--copy"}, "copid text");
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out, QByteArray("Copied text.\n"));
+    QVERIFY(run.err.contains("Copied."));
+
+    // The command has exited; its background copy still serves the clipboard.
+    auto read = [&](const QString& target) {
+        QProcess reader;
+        reader.start(xclip, {"-selection", "clipboard", "-t", target, "-o"});
+        reader.waitForFinished(5000);
+        return reader.readAllStandardOutput();
+    };
+    QCOMPARE(read(QStringLiteral("UTF8_STRING")), QByteArray("Copied text."));
+    QVERIFY(read(QStringLiteral("TARGETS")).contains("x-kde-passwordManagerHint"));
+
+    // Another program taking the clipboard ends the background copy.
+    QProcess taker;
+    taker.start(xclip, {"-selection", "clipboard", "-i"});
+    taker.write("other");
+    taker.closeWriteChannel();
+    taker.waitForFinished(5000);
+    QTRY_COMPARE_WITH_TIMEOUT(read(QStringLiteral("UTF8_STRING")), QByteArray("other"), 5000);
 }
 
 void CliEndToEndTest::usageErrors_data() {
