@@ -62,6 +62,8 @@ QProcessEnvironment CliEndToEndTest::environment(const QString& home) const {
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), root + QStringLiteral("/config"));
     env.insert(QStringLiteral("XDG_DATA_HOME"), root + QStringLiteral("/data"));
     env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
+    // The clipboard helper needs the real display, not the test platform.
+    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
     env.remove(QStringLiteral("http_proxy"));
     env.remove(QStringLiteral("HTTP_PROXY"));
     return env;
