@@ -190,7 +190,9 @@ void ServerSentEventReaderTest::limit() {
 void ServerSentEventReaderTest::regressionInputs() {
     // Inputs that once broke a fuzz run stay here as tests.
     const QDir dir(QStringLiteral(SCRIVEL_TEST_DATA_DIR "/ServerSentEventReader"));
-    for (const QFileInfo& entry : dir.entryInfoList(QDir::Files)) {
+    const QFileInfoList entries = dir.entryInfoList(QDir::Files);
+    QVERIFY(!entries.isEmpty());
+    for (const QFileInfo& entry : entries) {
         QFile file(entry.filePath());
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QByteArray body = file.readAll();
