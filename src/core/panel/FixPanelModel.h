@@ -45,6 +45,7 @@ class FixPanelModel : public QObject {
     Q_PROPERTY(QUuid presentationID READ presentationID NOTIFY presentationIDChanged)
 
 public:
+    using Stage = PanelStage;
     using CopyResult = std::function<bool(const QString&)>;
     using OpenPresets = std::function<void()>;
 
