@@ -11,6 +11,7 @@
 #include "support/JsonWriter.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 #include <QElapsedTimer>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -83,6 +84,7 @@ double runOnce(OpenAICompatibleProvider& provider) {
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("com.scrivel.*=false")); // measure, not log
     CannedServer server;
     server.listen(QHostAddress::LocalHost);
     InMemorySecretStore modern, legacy;
