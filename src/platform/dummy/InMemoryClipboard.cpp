@@ -1,0 +1,12 @@
+#include "dummy/InMemoryClipboard.h"
+
+namespace scrivel {
+
+bool InMemoryClipboard::write(const ClipboardItem& item) {
+    if (failWrites)
+        return false;
+    written.append(item);
+    return true;
+}
+
+} // namespace scrivel
