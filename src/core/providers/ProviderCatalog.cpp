@@ -30,6 +30,41 @@ QString appendedPath(const QString& basePath, const QString& component) {
     return basePath + QLatin1Char('/') + component;
 }
 
+// The host exactly as typed in the authority of text (the part after "//"
+// up to the path, query or fragment, without user info and port). QUrl
+// rewrites IPv4 shorthands such as "127.1" or "2130706433" to dotted form;
+// plain http is allowed only for the loopback names as written.
+QString typedHost(const QString& text) {
+    const qsizetype start = text.indexOf(QLatin1String("//"));
+    if (start < 0)
+        return {};
+    QStringView authority = QStringView(text).mid(start + 2);
+    for (qsizetype i = 0; i < authority.size(); ++i) {
+        if (authority[i] == u'/' || authority[i] == u'?' || authority[i] == u'#') {
+            authority = authority.left(i);
+            break;
+        }
+    }
+    const qsizetype at = authority.lastIndexOf(QLatin1Char('@'));
+    if (at >= 0)
+        authority = authority.mid(at + 1);
+    if (authority.startsWith(QLatin1Char('['))) {
+        const qsizetype close = authority.indexOf(QLatin1Char(']'));
+        return (close < 0 ? authority : authority.left(close + 1)).toString().toLower();
+    }
+    const qsizetype colon = authority.lastIndexOf(QLatin1Char(':'));
+    if (colon >= 0)
+        authority = authority.left(colon);
+    return authority.toString().toLower();
+}
+
+// An "@" before the host marks user info even when the name is empty; QUrl
+// reports an empty name then but keeps the "@" in the URL.
+bool hasUserInfo(const QUrl& url) {
+    return !url.userInfo().isEmpty() ||
+           url.authority(QUrl::FullyEncoded).contains(QLatin1Char('@'));
+}
+
 QString encodedPath(const QUrl& url) {
     return url.path(QUrl::FullyEncoded);
 }
@@ -99,10 +134,11 @@ std::optional<ProviderEndpoint> resolveEndpoint(const QString& providerID,
     const QString host = url.host(QUrl::FullyEncoded).toLower();
     if (scheme.isEmpty() || host.isEmpty())
         return std::nullopt;
-    if (!url.userInfo().isEmpty() || url.hasQuery() || url.hasFragment())
+    if (hasUserInfo(url) || url.hasQuery() || url.hasFragment())
         return std::nullopt;
     if (scheme != QLatin1String("https") &&
-        !(scheme == QLatin1String("http") && isLoopbackName(host)))
+        !(scheme == QLatin1String("http") && isLoopbackName(host) &&
+          isLoopbackName(typedHost(text))))
         return std::nullopt;
 
     url.setScheme(scheme);
@@ -166,7 +202,7 @@ bool allowsRequestURL(const ProviderEndpoint& endpoint, const QUrl& url) {
         return false;
     if (host != base.host(QUrl::FullyEncoded).toLower())
         return false;
-    if (!url.userName().isEmpty() || !url.password().isEmpty())
+    if (hasUserInfo(url))
         return false;
     if (effectivePort(url) != effectivePort(base))
         return false;

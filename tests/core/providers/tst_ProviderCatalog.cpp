@@ -83,6 +83,18 @@ void ProviderCatalogTest::resolveCustom_data() {
                                          << "https://[::1]:8443/v1";
     QTest::newRow("http IPv6 loopback") << "http://[::1]:8080/v1"
                                         << "";
+    // Shorthand and padded IPv4 forms that mean 127.0.0.1 are still not the
+    // loopback name as written.
+    QTest::newRow("http 127.1") << "http://127.1:8080/v1"
+                                << "";
+    QTest::newRow("http decimal loopback") << "http://2130706433/v1"
+                                           << "";
+    QTest::newRow("http zero-padded loopback") << "http://127.000.000.001/v1"
+                                               << "";
+    QTest::newRow("http 127.0.0.1 with an empty port") << "http://127.0.0.1:/v1"
+                                                       << "http://127.0.0.1/v1";
+    QTest::newRow("empty user name") << "https://@example.com/v1"
+                                     << "";
     QTest::newRow("http private address") << "http://192.168.1.20:8080/v1"
                                           << "";
     QTest::newRow("http other host") << "http://example.com/v1"
@@ -214,6 +226,8 @@ void ProviderCatalogTest::allowsRequestURL_data() {
                               << "https://api.openai.com/v1/models#f" << false;
     QTest::newRow("user info") << "openai"
                                << "https://u:p@api.openai.com/v1/models" << false;
+    QTest::newRow("empty user info") << "openai"
+                                     << "https://@api.openai.com/v1/models" << false;
     QTest::newRow("other port") << "openai"
                                 << "https://api.openai.com:8443/v1/models" << false;
     QTest::newRow("other path") << "openai"
