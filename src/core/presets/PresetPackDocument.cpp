@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <algorithm>
 #include <cmath>
 
 namespace scrivel {
@@ -46,14 +47,39 @@ struct Reader {
             ok = false;
         return value.toBool();
     }
+    // Any whole number that fits 64 bits, read exactly: the parser keeps
+    // integer literals as integers, and toInteger() refuses fractions and
+    // doubles out of range by returning its default.
     qint64 integer(const char* key) {
         const QJsonValue value = object.value(QLatin1String(key));
-        const double number = value.toDouble();
-        if (!value.isDouble() || number != std::floor(number) || std::abs(number) > 9.0e15)
+        const qint64 number = value.toInteger(0);
+        if (!value.isDouble() || (number == 0 && value.toInteger(1) != 0))
             ok = false;
-        return qint64(number);
+        return number;
     }
 };
+
+// A "\ud800" escape without its partner parses into a lone surrogate, text
+// that no UTF-8 file can hold: writing it back would silently change it, so
+// such a document is not valid JSON to us, wherever the text sits.
+bool holdsOnlyWholeCharacters(const QJsonValue& value) {
+    if (value.isString())
+        return value.toString().isValidUtf16();
+    if (value.isArray()) {
+        const QJsonArray array = value.toArray();
+        return std::all_of(array.begin(), array.end(), [](const QJsonValue& element) {
+            return holdsOnlyWholeCharacters(element);
+        });
+    }
+    if (value.isObject()) {
+        const QJsonObject object = value.toObject();
+        for (auto member = object.begin(); member != object.end(); ++member) {
+            if (!member.key().isValidUtf16() || !holdsOnlyWholeCharacters(member.value()))
+                return false;
+        }
+    }
+    return true;
+}
 
 std::optional<PresetPackItem> decodeItem(const QJsonValue& value) {
     if (!value.isObject())
@@ -107,6 +133,8 @@ PresetPackDocument::decode(const QByteArray& bytes) {
     if (error.error != QJsonParseError::NoError || !json.isObject())
         return std::unexpected(PresetPackError::invalidJSON());
     const QJsonObject object = json.object();
+    if (!holdsOnlyWholeCharacters(object))
+        return std::unexpected(PresetPackError::invalidJSON());
     Reader read{object};
     PresetPackDocument document;
     document.formatVersion = read.integer("formatVersion");

@@ -1,6 +1,7 @@
 #include "presets/BuiltInPresets.h"
 #include "presets/PresetPackDocument.h"
 #include "presets/ShippedPacks.h"
+#include "providers/ProviderCatalog.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
@@ -92,10 +93,28 @@ void PresetPackTest::decodeAndValidate_data() {
                                   << E(PresetPackError::invalidJSON());
     QTest::newRow("fractional version")
         << pack(kind, "1.5", goodItem) << E(PresetPackError::invalidJSON());
+    QTest::newRow("version as text")
+        << pack(kind, R"("1")", goodItem) << E(PresetPackError::invalidJSON());
+    QTest::newRow("version read exactly past double precision")
+        << pack(kind, "9007199254740993", goodItem)
+        << E(PresetPackError::unsupportedFormatVersion(9007199254740993));
+    QTest::newRow("version beyond 64 bits")
+        << pack(kind, "9223372036854775808", goodItem) << E(PresetPackError::invalidJSON());
     QTest::newRow("null name is fine")
         << QByteArray(R"({"kind":"scrivel.preset-pack","formatVersion":1,"name":null,"presets":[)" +
                       goodItem + "]}")
         << E();
+    const QByteArray item =
+        R"({"providerID":"g","model":"","instructions":"","validatesEdits":true,)";
+    QTest::newRow("escaped pair of surrogates")
+        << pack(kind, "1", item + R"("name":"\ud83d\ude00"})") << E();
+    QTest::newRow("lone surrogate in a name")
+        << pack(kind, "1", item + R"("name":"A\ud800"})") << E(PresetPackError::invalidJSON());
+    QTest::newRow("lone surrogate in an ignored member")
+        << pack(kind, "1", item + R"("name":"A","x":["\udc00"]})")
+        << E(PresetPackError::invalidJSON());
+    QTest::newRow("bytes that are not UTF-8")
+        << pack(kind, "1", item + "\"name\":\"A\xff\"}") << E(PresetPackError::invalidJSON());
     QTest::newRow("not JSON") << QByteArray("hello") << E(PresetPackError::invalidJSON());
     QTest::newRow("array") << QByteArray("[]") << E(PresetPackError::invalidJSON());
 }
@@ -211,14 +230,13 @@ void PresetPackTest::shippedPacksLoadAndValidate() {
     QStringList names;
     for (const auto& pack : packs) {
         names << *pack.name;
+        QVERIFY(pack.description && !pack.description->isEmpty());
         for (const auto& item : pack.presets) {
-            QVERIFY(item.instructions.startsWith(QLatin1String("Rewrite")) ||
-                    item.instructions.startsWith(QLatin1String("Turn")) ||
-                    item.instructions.startsWith(QLatin1String("Shorten")) ||
-                    item.instructions.startsWith(QLatin1String("Improve")) ||
-                    item.instructions.startsWith(QLatin1String("Translate")) ||
-                    item.instructions.startsWith(QLatin1String("Explain")));
-            QVERIFY(item.instructions.contains(QLatin1String("Return only")));
+            // Runnable as shipped: a catalogue provider and a model for it.
+            QVERIFY2(catalogEndpoint(item.providerID), qPrintable(item.name));
+            QVERIFY2(!item.model.isEmpty() && !item.customBaseURL, qPrintable(item.name));
+            QVERIFY2(item.instructions.contains(QLatin1String("Return only")),
+                     qPrintable(item.name));
         }
     }
     QStringList sorted = names;
