@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -220,16 +221,26 @@ void PresetTransferTest::failedWritesLeaveTheOldFile() {
         QVERIFY(old.open(QIODevice::WriteOnly));
         old.write("old contents");
     }
-    QFile::setPermissions(folder.path(), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
-    const bool enforced = ::access(qPrintable(folder.path()), W_OK) != 0;
+    const auto readAndEnter = QFileDevice::ReadOwner | QFileDevice::ExeOwner |
+                              QFileDevice::ReadOther | QFileDevice::ExeOther;
+    QVERIFY(QFile::setPermissions(folder.path(), readAndEnter));
+    // Root ignores permissions, so as root the export runs under an
+    // unprivileged effective user (the real user stays root to come back).
+    const bool asRoot = ::geteuid() == 0;
+    if (asRoot)
+        QCOMPARE(::seteuid(65534), 0);
+    const bool readOnly = ::faccessat(AT_FDCWD, qPrintable(folder.path()), W_OK, AT_EACCESS) != 0;
     m_ui.exportPath = path;
-    if (enforced) { // root ignores permissions; the full device below still runs
-        QVERIFY(!PresetTransfer::exportAll(*m_store, m_ui));
-        QCOMPARE(readAll(path), QByteArray("old contents"));
-        QCOMPARE(m_ui.failures.size(), 1);
-    }
-    QFile::setPermissions(folder.path(),
-                          QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    const bool exported = PresetTransfer::exportAll(*m_store, m_ui);
+    if (asRoot)
+        QCOMPARE(::seteuid(0), 0);
+    QVERIFY(QFile::setPermissions(folder.path(), readAndEnter | QFileDevice::WriteOwner));
+    QVERIFY(readOnly);
+    QVERIFY(!exported);
+    QCOMPARE(readAll(path), QByteArray("old contents"));
+    QCOMPARE(m_ui.failures,
+             QStringList{QStringLiteral("Couldn\u2019t import presets: The pack could not be read. "
+                                        "Check the file and try again.")});
 
     // A full disk: a file-size limit makes the write fail part-way, as a full
     // disk would, whoever runs the test.
