@@ -153,6 +153,13 @@ std::optional<ProviderEndpoint> endpointFromArguments(const QString& provider,
     return catalogEndpoint(provider);
 }
 
+// --base-url, shared by the commands that name a provider.
+QCommandLineOption baseURLOption() {
+    return QCommandLineOption(QStringLiteral("base-url"),
+                              QStringLiteral("The base URL of a custom provider."),
+                              QStringLiteral("URL"));
+}
+
 QString providerList() {
     QStringList ids;
     for (const ProviderEndpoint& endpoint : catalogEndpoints())
@@ -435,9 +442,7 @@ int CliApplication::key(const QStringList& arguments) {
                        "printed. Providers: %1.")
             .arg(providerList()),
         QStringLiteral("set|delete|status PROVIDER"));
-    const QCommandLineOption baseURL(QStringLiteral("base-url"),
-                                     QStringLiteral("The base URL of a custom provider."),
-                                     QStringLiteral("URL"));
+    const QCommandLineOption baseURL = baseURLOption();
     command.parser.addOption(baseURL);
     if (const auto code = command.parse(arguments))
         return *code;
@@ -507,9 +512,7 @@ int CliApplication::models(const QStringList& arguments) {
                        "Providers: %1.")
             .arg(providerList()),
         QStringLiteral("PROVIDER"));
-    const QCommandLineOption baseURL(QStringLiteral("base-url"),
-                                     QStringLiteral("The base URL of a custom provider."),
-                                     QStringLiteral("URL"));
+    const QCommandLineOption baseURL = baseURLOption();
     command.parser.addOption(baseURL);
     if (const auto code = command.parse(arguments))
         return *code;
