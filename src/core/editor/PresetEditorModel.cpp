@@ -159,6 +159,7 @@ void PresetEditorModel::writeSnapshot() {
     if (!m_saveSnapshot)
         return;
     const Preset snapshot = *std::exchange(m_saveSnapshot, std::nullopt);
+    m_lastSaved = snapshot;
     m_store.update(snapshot);
     if (m_onChanged)
         m_onChanged();

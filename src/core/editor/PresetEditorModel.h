@@ -86,6 +86,8 @@ public:
     const QString& committedKey() const { return m_committedKey; }
     qint64 connectionGeneration() const { return m_connectionGeneration; }
     bool hasPendingBaseURLReset() const { return m_hasPendingBaseURLReset; }
+    // The draft as this model last wrote it to the store.
+    const std::optional<Preset>& lastSaved() const { return m_lastSaved; }
     bool isAwaitingKeyRemovalConfirmation() const { return m_awaitingRemovalConfirmation; }
 
     // A change of the key field. Emptying the field of a key that other
@@ -174,6 +176,7 @@ private:
     // The pending save and its snapshot, the base-URL pause, the key pause.
     QTimer m_saveTimer;
     std::optional<Preset> m_saveSnapshot;
+    std::optional<Preset> m_lastSaved;
     QTimer m_baseURLResetTimer;
     QTimer m_apiKeyTimer;
 
