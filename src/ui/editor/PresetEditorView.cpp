@@ -40,7 +40,12 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     m_presetForm->addRow(tr("Name"), m_name);
     m_use = new QPushButton(tr("Use Preset"), presetBox);
     m_use->setToolTip(tr("Run this preset from the hotkey"));
-    m_presetForm->addRow(QString(), m_use);
+    m_useRow = new QWidget(presetBox);
+    auto* useLayout = new QHBoxLayout(m_useRow);
+    useLayout->setContentsMargins(0, 0, 0, 0);
+    useLayout->addWidget(m_use);
+    useLayout->addStretch(1);
+    m_presetForm->addRow(QString(), m_useRow);
     m_useShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_U), this);
     m_useShortcut->setContext(Qt::WindowShortcut);
 
@@ -67,9 +72,11 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     m_modelForm->addRow(tr("Model"), m_modelPicker);
     m_test = new QPushButton(tr("Test Preset"), modelBox);
     m_test->setToolTip(tr("Checks that this preset can reach the provider."));
-    auto* testButtonRow = new QHBoxLayout();
-    testButtonRow->addWidget(m_test);
-    testButtonRow->addStretch(1);
+    auto* testButtonRow = new QWidget(modelBox);
+    auto* testButtonLayout = new QHBoxLayout(testButtonRow);
+    testButtonLayout->setContentsMargins(0, 0, 0, 0);
+    testButtonLayout->addWidget(m_test);
+    testButtonLayout->addStretch(1);
     m_modelForm->addRow(QString(), testButtonRow);
     m_testRow = new QWidget(modelBox);
     m_testProgress = new QProgressBar(m_testRow);
@@ -164,7 +171,7 @@ void PresetEditorView::render() {
         m_name->setText(draft.name);
     }
     m_instructions->setText(draft.instructions);
-    m_presetForm->setRowVisible(m_use, !m_isActive);
+    m_presetForm->setRowVisible(m_useRow, !m_isActive);
     m_useShortcut->setEnabled(!m_isActive);
 
     const int providerIndex = m_provider->findData(draft.providerID);

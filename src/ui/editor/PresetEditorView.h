@@ -61,6 +61,7 @@ private:
     QFormLayout* m_modelForm;
     QLineEdit* m_name;
     QPushButton* m_use;
+    QWidget* m_useRow;
     QShortcut* m_useShortcut;
     QComboBox* m_provider;
     QLineEdit* m_baseURL;
