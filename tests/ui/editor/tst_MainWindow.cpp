@@ -8,6 +8,7 @@
 #include "presets/PresetStore.h"
 #include "support/FakeKeyStore.h"
 
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -45,6 +46,30 @@ PresetPackDocument pack(const std::optional<QString>& name, int size,
     return document;
 }
 
+// Answers the modal dialogs that open, one after the other, with the given
+// steps; each step sees the dialog that is up.
+class ModalScript : public QObject {
+public:
+    using Step = std::function<void(QWidget*)>;
+    explicit ModalScript(QList<Step> steps) : m_steps(std::move(steps)) {
+        m_poll.setInterval(10);
+        QObject::connect(&m_poll, &QTimer::timeout, this, [this] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (!modal || modal == m_last || m_steps.isEmpty())
+                return;
+            m_last = modal;
+            m_steps.takeFirst()(modal);
+        });
+        m_poll.start();
+    }
+    bool done() const { return m_steps.isEmpty(); }
+
+private:
+    QList<Step> m_steps;
+    QTimer m_poll;
+    QPointer<QWidget> m_last;
+};
+
 } // namespace
 
 class MainWindowTest : public QObject {
@@ -61,6 +86,8 @@ private Q_SLOTS:
     void packPickerTexts_data();
     void packPickerTexts();
     void packPickerAddsCopies();
+    void importOfANonPackShowsTheAlertAndChangesNothing();
+    void exportProposesThePresetName();
 
 private:
     MainWindowServices services();
@@ -249,6 +276,67 @@ void MainWindowTest::packPickerAddsCopies() {
     QTRY_VERIFY(!m_controller->model().isShowingPackPicker());
     QCOMPARE(m_controller->model().selection(),
              MainSidebarItem::preset(m_store->presets()[before].id));
+}
+
+void MainWindowTest::importOfANonPackShowsTheAlertAndChangesNothing() {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("notes.json"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{\"hello\": 1}");
+    file.close();
+    const QList<Preset> before = m_store->presets();
+
+    QString title, message, acceptLabel;
+    QStringList buttons;
+    ModalScript script({[&](QWidget* modal) {
+                            auto* dialog = qobject_cast<QFileDialog*>(modal);
+                            QVERIFY(dialog);
+                            acceptLabel = dialog->labelText(QFileDialog::Accept);
+                            dialog->selectFile(path);
+                            static_cast<QDialog*>(dialog)->accept();
+                        },
+                        [&](QWidget* modal) {
+                            auto* box = qobject_cast<QMessageBox*>(modal);
+                            QVERIFY(box);
+                            title = box->text();
+                            message = box->informativeText();
+                            for (QAbstractButton* button : box->buttons())
+                                buttons.append(button->text());
+                            box->buttons().first()->click();
+                        }});
+    m_controller->importPresets();
+    QTRY_VERIFY(script.done());
+    QCOMPARE(acceptLabel, QStringLiteral("Import"));
+    QCOMPARE(title, QStringLiteral("Couldn’t import presets"));
+    QCOMPARE(message, QStringLiteral("This file is not a valid Scrivel preset pack."));
+    QCOMPARE(buttons, QStringList{QStringLiteral("Close")});
+    QCOMPARE(m_store->presets(), before);
+}
+
+void MainWindowTest::exportProposesThePresetName() {
+    Preset preset = m_store->presets().first();
+    preset.name = QStringLiteral("Mail/Work: Short");
+    m_store->update(preset);
+    QTemporaryDir folder;
+    QString proposed;
+    ModalScript script({[&](QWidget* modal) {
+        auto* dialog = qobject_cast<QFileDialog*>(modal);
+        QVERIFY(dialog);
+        QCOMPARE(dialog->labelText(QFileDialog::Accept), QStringLiteral("Export"));
+        proposed = QFileInfo(dialog->selectedFiles().value(0)).fileName();
+        dialog->selectFile(folder.filePath(proposed));
+        static_cast<QDialog*>(dialog)->accept();
+    }});
+    m_controller->exportPresets({preset.id});
+    QTRY_VERIFY(script.done());
+    QCOMPARE(proposed, QStringLiteral("Mail-Work- Short.scrivel.json"));
+    QFile written(folder.filePath(proposed));
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    const auto document = PresetPackDocument::decode(written.readAll());
+    QVERIFY(document.has_value());
+    QCOMPARE(document->presets.size(), 1);
+    QCOMPARE(document->presets.first().name, preset.name);
 }
 
 QTEST_MAIN(MainWindowTest)
