@@ -7,6 +7,7 @@
 #include <QDropEvent>
 #include <QHBoxLayout>
 #include <QMenu>
+#include <QShortcut>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -126,6 +127,13 @@ PresetSidebar::PresetSidebar(MainWindowModel& model, QWidget* parent)
     connect(m_add, &QToolButton::clicked, this, [this] { m_model.addPreset(); });
     connect(m_delete, &QToolButton::clicked, this,
             [this] { m_model.requestDeletionOfSelection(); });
+    // The Delete key asks about the selected row, as the minus button does.
+    auto* remove = new QShortcut(QKeySequence::Delete, m_list);
+    remove->setContext(Qt::WidgetShortcut);
+    connect(remove, &QShortcut::activated, this, [this] {
+        if (m_model.canDeleteSelection())
+            m_model.requestDeletionOfSelection();
+    });
     connect(m_transferMenu, &QMenu::aboutToShow, this, &PresetSidebar::rebuildTransferMenu);
     rebuild();
 }
