@@ -1,9 +1,9 @@
 #include "CliApplication.h"
 
-#include "CliServices.h"
 #include "ClipboardHolder.h"
 #include "ExitCode.h"
 #include "Terminal.h"
+#include "linux/LinuxServices.h"
 #include "pipeline/OutputCleaning.h"
 #include "presets/PresetTransfer.h"
 #include "presets/ShippedPacks.h"
@@ -184,9 +184,11 @@ public:
 
 } // namespace
 
-CliServices& CliApplication::services() {
-    if (!m_services)
-        m_services = new CliServices; // lives for the process
+LinuxServices& CliApplication::services() {
+    if (!m_services) {
+        m_services = new LinuxServices; // lives for the process
+        m_services->presets().seedIfEmpty(m_services->onDeviceModel().availability().isAvailable());
+    }
     return *m_services;
 }
 
