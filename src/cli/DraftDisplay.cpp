@@ -40,10 +40,7 @@ void DraftDisplay::show(const QString& textSoFar) {
     const QString added = textSoFar.mid(m_shown.size());
     if (m_shown.isEmpty())
         Terminal::write(stderr, QString::fromLatin1(dim));
-    // A terminal needs CR LF to return to the first column.
-    QString out = added;
-    out.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
-    Terminal::write(stderr, out);
+    Terminal::write(stderr, added);
     m_shown = textSoFar;
 }
 
@@ -70,7 +67,7 @@ void DraftDisplay::finish(const QString& labelWhenKept) {
             out += QStringLiteral("\x1b[%1A").arg(rows - 1);
         out += QStringLiteral("\x1b[J");
     } else {
-        out += QStringLiteral("\r\n") + labelWhenKept + QStringLiteral("\r\n");
+        out += QStringLiteral("\n") + labelWhenKept + QStringLiteral("\n");
     }
     Terminal::write(stderr, out);
     m_shown.clear();
