@@ -36,7 +36,6 @@ private Q_SLOTS:
     void rejectedKeyUsesThePanelWording();
     void missingKeyMakesNoConnection();
     void listsModels();
-    void exportThenImportRoundTrips();
     void keysAreNeverPrinted();
     void interruptCancelsAStalledStream();
     void copyLeavesTheResultOnTheClipboard();
@@ -205,28 +204,6 @@ void CliEndToEndTest::listsModels() {
     QCOMPARE(m_server->requests().first().path, QByteArray("/v1/models"));
     const Run unknown = cli({"models", "nobody"});
     QCOMPARE(unknown.exitCode, 2);
-}
-
-void CliEndToEndTest::exportThenImportRoundTrips() {
-    addLocalPreset();
-    const QString first = m_home->filePath(QStringLiteral("all.scrivel.json"));
-    QCOMPARE(cli({"presets", "export", first}).exitCode, 0);
-    QTemporaryDir elsewhere;
-    const Run imported = cli({"presets", "import", first}, {}, elsewhere.path());
-    QCOMPARE(imported.exitCode, 0);
-    QVERIFY(imported.out.contains("4 added, 0 replaced")); // three built-ins replaced? no: new ids
-    const QString second = elsewhere.filePath(QStringLiteral("again.scrivel.json"));
-    QCOMPARE(cli({"presets", "export", second}, {}, elsewhere.path()).exitCode, 0);
-    QFile a(first), b(second);
-    QVERIFY(a.open(QIODevice::ReadOnly) && b.open(QIODevice::ReadOnly));
-    const auto original = PresetPackDocument::decode(a.readAll());
-    const auto again = PresetPackDocument::decode(b.readAll());
-    // The other store kept its own three built-ins and gained the four.
-    QCOMPARE(again->presets.mid(3), original->presets);
-
-    const Run bad = cli({"presets", "import", m_home->filePath("missing.json")});
-    QCOMPARE(bad.exitCode, 1);
-    QVERIFY(bad.err.contains("The pack could not be read. Check the file and try again."));
 }
 
 void CliEndToEndTest::keysAreNeverPrinted() {
