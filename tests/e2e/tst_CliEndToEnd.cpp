@@ -45,8 +45,6 @@ private Q_SLOTS:
     void keyPromptRestoresTheTerminalWhenInterrupted();
     void problemsNameTheirCause_data();
     void problemsNameTheirCause();
-    void usageErrors_data();
-    void usageErrors();
 
 private:
     QProcessEnvironment environment(const QString& home) const;
@@ -398,6 +396,18 @@ void CliEndToEndTest::problemsNameTheirCause_data() {
     QTest::newRow("help for a command")
         << QStringList{"help", "rewrite"} << QByteArray() << 0
         << QByteArray("Usage: scrivel-cli rewrite [options] [FILE]\n");
+    QTest::newRow("no command") << QStringList{} << QByteArray() << 2
+                                << QByteArray("Usage: scrivel-cli <command>");
+    QTest::newRow("unknown command")
+        << QStringList{"fly"} << QByteArray() << 2 << QByteArray("Unknown command \"fly\".");
+    QTest::newRow("unknown preset") << QStringList{"rewrite", "--preset", "Nope"} << QByteArray()
+                                    << 2 << QByteArray("No preset \"Nope\".");
+    QTest::newRow("unknown option") << QStringList{"rewrite", "--fast"} << QByteArray() << 2
+                                    << QByteArray("Usage: scrivel-cli rewrite");
+    QTest::newRow("version") << QStringList{"--version"} << QByteArray() << 0
+                             << QByteArray("scrivel-cli ");
+    QTest::newRow("empty input") << QStringList{"rewrite"} << QByteArray() << 2
+                                 << QByteArray("Enter some text.");
     QTest::newRow("model to choose") << QStringList{"presets", "edit", "Fix", "--model", " "}
                                      << QByteArray() << 2 << QByteArray("Give a model");
 }
@@ -418,24 +428,6 @@ void CliEndToEndTest::problemsNameTheirCause() {
     QCOMPARE(run.exitCode, exitCode);
     QVERIFY2((run.out + run.err).contains(said), run.out + run.err);
     QVERIFY(!run.out.contains("help-all"));
-}
-
-void CliEndToEndTest::usageErrors_data() {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::newRow("no command") << QStringList{} << 2;
-    QTest::newRow("unknown command") << QStringList{"fly"} << 2;
-    QTest::newRow("unknown preset") << QStringList{"rewrite", "--preset", "Nope"} << 2;
-    QTest::newRow("unknown option") << QStringList{"rewrite", "--fast"} << 2;
-    QTest::newRow("help") << QStringList{"rewrite", "--help"} << 0;
-    QTest::newRow("version") << QStringList{"--version"} << 0;
-    QTest::newRow("empty input") << QStringList{"rewrite"} << 2;
-}
-
-void CliEndToEndTest::usageErrors() {
-    QFETCH(QStringList, arguments);
-    QFETCH(int, exitCode);
-    QCOMPARE(cli(arguments, " \n").exitCode, exitCode);
 }
 
 QTEST_GUILESS_MAIN(CliEndToEndTest)
