@@ -40,7 +40,7 @@ QString forReason(const UnavailableReason& reason, const std::optional<Preset>& 
         return {};
     case UnavailableReason::Kind::keychainError:
         return keyStoreHint();
-    case UnavailableReason::Kind::misconfigured:
+    case UnavailableReason::Kind::misconfigured: {
         if (!preset) {
             return QStringLiteral("Add presets with: scrivel-cli presets add-pack NAME (see "
                                   "'scrivel-cli presets packs')");
@@ -51,8 +51,13 @@ QString forReason(const UnavailableReason& reason, const std::optional<Preset>& 
                    QStringLiteral("\nSet it with: ") +
                    editCommand(*preset, QStringLiteral("--base-url URL"));
         }
-        return QStringLiteral("List the models with: scrivel-cli models %1 …\nChoose one with: %2")
-            .arg(preset->providerID, editCommand(*preset, QStringLiteral("--model MODEL")));
+        QString models = QStringLiteral("scrivel-cli models ") + preset->providerID;
+        if (preset->providerID == customProviderID())
+            models += QStringLiteral(" --base-url ") +
+                      shellQuoted(preset->customBaseURL.value_or(QString()).trimmed());
+        return QStringLiteral("List the models with: %1\nChoose one with: %2")
+            .arg(models, editCommand(*preset, QStringLiteral("--model MODEL")));
+    }
     case UnavailableReason::Kind::modelNotReady:
     case UnavailableReason::Kind::other:
         return QStringLiteral("Pick a preset that uses a provider: scrivel-cli presets use NAME");
