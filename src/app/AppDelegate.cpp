@@ -12,7 +12,21 @@ namespace scrivel {
 AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
                          PanelWindowTraits panelTraits, QObject* parent)
     : QObject(parent), m_services(services), m_clipboard(clipboard), m_wakeObserver(wakeObserver),
-      m_panelTraits(std::move(panelTraits)) {}
+      m_panelTraits(std::move(panelTraits)) {
+    MainWindowServices windowServices;
+    windowServices.store = &m_services.presets();
+    windowServices.keys = &m_services.keys();
+    windowServices.settings = &m_services.settings();
+    windowServices.loadModels = PresetEditorModel::hubModelLoader(m_services.hub());
+    windowServices.runTestTransform = PresetEditorModel::hubTestTransform(m_services.hub());
+    ProviderHub& hub = m_services.hub();
+    windowServices.onDeviceUnavailable = [&hub] {
+        Preset onDevice;
+        onDevice.providerID = Preset::onDeviceProviderID();
+        return hub.unavailableReason(onDevice);
+    };
+    m_mainWindow = std::make_unique<MainWindowController>(std::move(windowServices));
+}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -79,8 +93,13 @@ void AppDelegate::openMainWindow(bool selectSettings) {
         m_openMainWindow(selectSettings);
         return;
     }
-    if (m_fixPanel)
-        m_fixPanel->presentCentered(std::nullopt);
+    // Every change of a preset made in the window (and every import) may
+    // have changed the active preset, which is prepared again.
+    QPointer<AppDelegate> self(this);
+    m_mainWindow->present(selectSettings, [self] {
+        if (self)
+            QTimer::singleShot(0, self, &AppDelegate::prewarmActivePreset);
+    });
 }
 
 } // namespace scrivel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "editor/MainWindowController.h"
 #include "panel/FixPanelController.h"
 
 #include <QObject>
@@ -30,6 +31,9 @@ public:
     bool hasLaunched() const { return m_fixPanel != nullptr; }
 
     FixPanelController* fixPanel() const { return m_fixPanel.get(); }
+    // The main window's presenter; its signals report the window shown and
+    // closed, its settings page comes from setSettingsPage().
+    MainWindowController& mainWindow() const { return *m_mainWindow; }
 
     // The global shortcut's action: hide a visible panel, otherwise show it
     // at the pointer.
@@ -37,7 +41,7 @@ public:
     // A second start of the app asks the running one to come forward.
     void activate();
 
-    // How the main window is opened; until one is wired, the panel stands in.
+    // Replaces how the main window is opened (tests).
     void setOpenMainWindow(std::function<void(bool selectSettings)> open) {
         m_openMainWindow = std::move(open);
     }
@@ -60,6 +64,7 @@ private:
     PanelWindowTraits m_panelTraits;
     std::unique_ptr<FixPanelController> m_fixPanel;
     std::function<void(bool)> m_openMainWindow;
+    std::unique_ptr<MainWindowController> m_mainWindow;
 };
 
 } // namespace scrivel

@@ -62,7 +62,8 @@ private:
     void refreshActiveState();
 
     MainWindowModel& m_model;
-    MainWindowServices m_services;
+    // The presenter's, which outlives its windows.
+    const MainWindowServices& m_services;
     PresetSidebar* m_sidebar;
     QWidget* m_detailArea;
     QWidget* m_detailWidget = nullptr;

@@ -23,6 +23,10 @@ MainWindowController::~MainWindowController() {
     }
 }
 
+MainWindow* MainWindowController::window() const {
+    return m_window;
+}
+
 void MainWindowController::presetsDidChange() {
     if (m_presetsChanged)
         m_presetsChanged();

@@ -40,7 +40,13 @@ public:
     void exportPresets(const QSet<QUuid>& ids);
     void addFromPack();
 
-    MainWindow* window() const { return m_window; }
+    // The page shown for the sidebar's Settings entry, from the next time the
+    // detail area shows it.
+    void setSettingsPage(std::function<QWidget*(QWidget* parent)> factory) {
+        m_services.settingsPage = std::move(factory);
+    }
+
+    MainWindow* window() const;
     MainWindowModel& model() const { return *m_model; }
 
 Q_SIGNALS:
