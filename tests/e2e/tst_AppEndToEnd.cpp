@@ -33,6 +33,9 @@ private:
     QByteArray tool(const QString& program, const QStringList& arguments, int* exitCode = nullptr);
     // The visible panel window's geometry, or an empty rectangle.
     QRect visiblePanel();
+    // Whether a visible "Scrivel" window is at least as wide as the main
+    // window's minimum (the panel is narrower).
+    bool mainWindowVisible();
     void addLocalPreset();
 
     std::unique_ptr<QTemporaryDir> m_home;
@@ -131,6 +134,22 @@ QRect AppEndToEndTest::visiblePanel() {
                  values.value("HEIGHT"));
 }
 
+bool AppEndToEndTest::mainWindowVisible() {
+    const QByteArray ids =
+        tool(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--name", "^Scrivel$"});
+    for (const QByteArray& id : ids.trimmed().split('\n')) {
+        if (id.isEmpty())
+            continue;
+        const QByteArray shell = tool(QStringLiteral("xdotool"),
+                                      {"getwindowgeometry", "--shell", QString::fromLatin1(id)});
+        for (const QByteArray& line : shell.split('\n')) {
+            if (line.startsWith("WIDTH=") && line.mid(6).toInt() >= 720)
+                return true;
+        }
+    }
+    return false;
+}
+
 void AppEndToEndTest::addLocalPreset() {
     PresetPackDocument pack;
     pack.name = QStringLiteral("Local");
@@ -221,6 +240,8 @@ void AppEndToEndTest::secondStartLeavesOneInstance() {
     QCOMPARE(code, 0);
     QVERIFY(clock.elapsed() < 5000);
     QCOMPARE(m_app->state(), QProcess::Running);
+    // The running one answers by opening its main window on the presets.
+    QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
 }
 
 void AppEndToEndTest::noDisplayIsOneClearLine() {
