@@ -51,8 +51,7 @@ QList<StatusItemModel::PresetMenuItem> StatusItemModel::presetMenu() const {
     const std::optional<Preset> active = m_presets.activePreset();
     QList<PresetMenuItem> items;
     for (const Preset& preset : m_presets.presets())
-        items.append({preset.name, preset.id.toString(QUuid::WithoutBraces),
-                      active && active->id == preset.id});
+        items.append({preset.name, Preset::idText(preset.id), active && active->id == preset.id});
     return items;
 }
 
@@ -194,10 +193,10 @@ void StatusItemModel::showSettings() {
 void StatusItemModel::selectPreset(const QVariant& representedObject) {
     if (representedObject.typeId() != QMetaType::QString)
         return;
-    const QUuid id = QUuid::fromString(representedObject.toString());
-    if (id.isNull())
+    const std::optional<QUuid> id = Preset::parseID(representedObject.toString());
+    if (!id)
         return;
-    m_presets.activate(id);
+    m_presets.activate(*id);
     later(this, [this] { prewarmAndRefresh(); });
     Q_EMIT menuChanged();
 }

@@ -36,7 +36,7 @@ public:
 
     struct PresetMenuItem {
         QString title;
-        // The preset's identifier as a canonical UUID text.
+        // The preset's identifier in its standard textual form.
         QString representedObject;
         bool checked = false;
         friend bool operator==(const PresetMenuItem&, const PresetMenuItem&) = default;
