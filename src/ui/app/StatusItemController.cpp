@@ -4,6 +4,7 @@
 #include "app/UpdaterController.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QCursor>
 #include <QMenu>
 #include <QPainter>
@@ -18,7 +19,7 @@ QPixmap trayPixmap(const QString& path, int side) {
     const QSize size(side, side);
     const int inset = std::max(1, side / 12);
     const QSize glyph(side - 2 * inset, side - 2 * inset);
-    const QPixmap rim = tintedSvgPixmap(path, QColor(0, 0, 0, 150), glyph, 1.0);
+    const QPixmap rim = tintedSvgPixmap(path, QColor(0, 0, 0, 190), glyph, 1.0);
     const QPixmap face = tintedSvgPixmap(path, Qt::white, glyph, 1.0);
     QPixmap pixmap(size);
     pixmap.fill(Qt::transparent);
@@ -153,15 +154,19 @@ void StatusItemController::renderMenu() {
     m_settingsItem->setEnabled(true);
 
     // Deleted later: the item just chosen is still delivering its click.
-    for (QAction* old : m_presetMenu->actions()) {
+    for (QAction* old : m_presetMenu->actions())
         m_presetMenu->removeAction(old);
-        old->deleteLater();
-    }
+    if (m_presetGroup)
+        m_presetGroup->deleteLater();
+    // One of several: shown as radio items.
+    m_presetGroup = new QActionGroup(m_presetMenu);
+    m_presetGroup->setExclusive(true);
     for (const auto& item : m_model->presetMenu()) {
-        QAction* action = m_presetMenu->addAction(item.title);
+        auto* action = new QAction(item.title, m_presetGroup);
         action->setCheckable(true);
         action->setChecked(item.checked);
         action->setData(item.representedObject);
+        m_presetMenu->addAction(action);
         connect(action, &QAction::triggered, m_model,
                 [model = m_model, action] { model->selectPreset(action->data()); });
     }

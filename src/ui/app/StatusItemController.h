@@ -12,6 +12,7 @@
 #include <functional>
 
 class QAction;
+class QActionGroup;
 class QMenu;
 
 namespace scrivel {
@@ -71,6 +72,7 @@ private:
     QSystemTrayIcon m_tray;
     QMenu* m_menu;
     QMenu* m_presetMenu = nullptr;
+    QPointer<QActionGroup> m_presetGroup;
     QAction* m_statusLineItem = nullptr;
     QAction* m_openPanelItem = nullptr;
     QAction* m_settingsItem = nullptr;
