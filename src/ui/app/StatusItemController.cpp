@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QCursor>
+#include <QIconEngine>
 #include <QMenu>
 #include <QPainter>
 
@@ -48,15 +49,50 @@ QString StatusItemController::iconPath(StatusItemModel::Look look) {
     return {};
 }
 
+namespace {
+
+// Draws only the sizes the tray asks for: start-up renders one pixmap, not
+// a ladder of them.
+class TrayIconEngine : public QIconEngine {
+public:
+    explicit TrayIconEngine(QString path) : m_path(std::move(path)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
+               QIcon::State state) override {
+        painter->drawPixmap(rect, pixmap(rect.size(), mode, state));
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode, QIcon::State) override {
+        const int side = std::min(size.width(), size.height());
+        auto found = m_cache.constFind(side);
+        if (found != m_cache.constEnd())
+            return *found;
+        const QPixmap drawn = trayPixmap(m_path, side);
+        m_cache.insert(side, drawn);
+        return drawn;
+    }
+
+    QSize actualSize(const QSize& size, QIcon::Mode, QIcon::State) override {
+        const int side = std::min(size.width(), size.height());
+        return QSize(side, side);
+    }
+
+    QIconEngine* clone() const override { return new TrayIconEngine(m_path); }
+
+private:
+    QString m_path;
+    QHash<int, QPixmap> m_cache;
+};
+
+} // namespace
+
 QIcon StatusItemController::iconFor(StatusItemModel::Look look) {
-    static QHash<int, QIcon> cache;
-    auto found = cache.constFind(int(look));
-    if (found != cache.constEnd())
+    static QHash<int, QIcon> icons;
+    auto found = icons.constFind(int(look));
+    if (found != icons.constEnd())
         return *found;
-    QIcon icon;
-    for (int side : {16, 22, 24, 32, 48})
-        icon.addPixmap(trayPixmap(iconPath(look), side));
-    cache.insert(int(look), icon);
+    const QIcon icon(new TrayIconEngine(iconPath(look)));
+    icons.insert(int(look), icon);
     return icon;
 }
 
