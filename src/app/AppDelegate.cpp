@@ -6,8 +6,10 @@
 #include "linux/DBusStatusItemExport.h"
 #include "linux/LinuxServices.h"
 #include "linux/NoOpAnnouncer.h"
+#include "linux/XdgAutostartLoginItemService.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QPointer>
 #include <QTimer>
 
@@ -71,6 +73,14 @@ void AppDelegate::createStatusItem() {
     // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
     // its tooltip to no one else.
     m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());
+}
+
+SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
+    if (!m_loginItems)
+        m_loginItems = std::make_unique<XdgAutostartLoginItemService>(
+            QGuiApplication::desktopFileName().isEmpty() ? QStringLiteral("com.scrivel.app")
+                                                         : QGuiApplication::desktopFileName());
+    return new SettingsView(*m_loginItems, m_updater, m_shortcutRecorder, parent);
 }
 
 void AppDelegate::observeWake() {

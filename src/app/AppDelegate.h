@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/SettingsView.h"
 #include "app/UpdaterController.h"
 #include "panel/FixPanelController.h"
 
@@ -13,6 +14,7 @@ class Announcer;
 class Clipboard;
 class DBusStatusItemExport;
 class LinuxServices;
+class LoginItemService;
 class StatusItemController;
 class WakeObserver;
 
@@ -51,6 +53,13 @@ public:
 
     void prewarmActivePreset();
 
+    // The main window's settings page, over this session's login items and
+    // the updater; the shortcut row appears once a recorder is supplied.
+    SettingsView* makeSettingsView(QWidget* parent);
+    void setShortcutRecorderFactory(SettingsView::RecorderFactory factory) {
+        m_shortcutRecorder = std::move(factory);
+    }
+
 Q_SIGNALS:
     void launched();
 
@@ -67,6 +76,8 @@ private:
     WakeObserver* m_wakeObserver;
     PanelWindowTraits m_panelTraits;
     UpdaterController m_updater;
+    std::unique_ptr<LoginItemService> m_loginItems;
+    SettingsView::RecorderFactory m_shortcutRecorder;
     std::unique_ptr<Announcer> m_announcer;
     std::unique_ptr<FixPanelController> m_fixPanel;
     std::unique_ptr<StatusItemController> m_statusItem;
