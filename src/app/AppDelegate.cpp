@@ -1,9 +1,15 @@
 #include "AppDelegate.h"
 
 #include "app/Clipboard.h"
+#include "app/StatusItemController.h"
 #include "app/WakeObserver.h"
+#include "linux/DBusStatusItemExport.h"
 #include "linux/LinuxServices.h"
+#include "linux/NoOpAnnouncer.h"
+#include "linux/XdgAutostartLoginItemService.h"
 
+#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QPointer>
 #include <QTimer>
 
@@ -12,7 +18,7 @@ namespace scrivel {
 AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
                          PanelWindowTraits panelTraits, QObject* parent)
     : QObject(parent), m_services(services), m_clipboard(clipboard), m_wakeObserver(wakeObserver),
-      m_panelTraits(std::move(panelTraits)) {}
+      m_panelTraits(std::move(panelTraits)), m_announcer(std::make_unique<NoOpAnnouncer>()) {}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -24,8 +30,11 @@ void AppDelegate::launch() {
     const bool onDeviceAvailable = m_services.onDeviceModel().availability().isAvailable();
     m_services.presets().seedIfEmpty(onDeviceAvailable);
     createFixPanel();
-    // Next in this order: the status item, the updater (when configured) and
-    // the global shortcut's key-up handler.
+    createStatusItem();
+    // Linux has no update framework: this makes no controller even in a
+    // build configured for updates.
+    m_updater.startIfConfigured();
+    // Next: the global shortcut's key-up handler.
     observeWake();
     prewarmActivePreset();
     showPanelAtFirstLaunch();
@@ -44,6 +53,34 @@ void AppDelegate::createFixPanel() {
     };
     m_fixPanel = std::make_unique<FixPanelController>(
         m_services.presets(), m_services.coordinator(), openPresets, copyResult, m_panelTraits);
+}
+
+void AppDelegate::createStatusItem() {
+    QPointer<AppDelegate> self(this);
+    StatusItemController::Actions actions;
+    actions.presentPanelCentred = [self] {
+        if (self && self->m_fixPanel)
+            self->m_fixPanel->presentCentered(std::nullopt);
+    };
+    actions.showSettings = [self](UpdaterController&, std::function<void()>) {
+        if (self)
+            self->openMainWindow(true);
+    };
+    actions.quit = [] { QCoreApplication::quit(); };
+    m_statusItem =
+        std::make_unique<StatusItemController>(m_services.coordinator(), m_services.presets(),
+                                               m_updater, *m_announcer, std::move(actions));
+    // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
+    // its tooltip to no one else.
+    m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());
+}
+
+SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
+    if (!m_loginItems)
+        m_loginItems = std::make_unique<XdgAutostartLoginItemService>(
+            QGuiApplication::desktopFileName().isEmpty() ? QStringLiteral("com.scrivel.app")
+                                                         : QGuiApplication::desktopFileName());
+    return new SettingsView(*m_loginItems, m_updater, m_shortcutRecorder, parent);
 }
 
 void AppDelegate::observeWake() {

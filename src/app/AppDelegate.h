@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/SettingsView.h"
+#include "app/UpdaterController.h"
 #include "panel/FixPanelController.h"
 
 #include <QObject>
@@ -8,13 +10,18 @@
 
 namespace scrivel {
 
+class Announcer;
 class Clipboard;
+class DBusStatusItemExport;
 class LinuxServices;
+class LoginItemService;
+class StatusItemController;
 class WakeObserver;
 
 // Creates and owns the desktop app's long-lived pieces and runs the launch
-// sequence: on-device availability, seeding the presets, the panel, the wake
-// observer, prewarming, and the panel shown once at the very first launch.
+// sequence: on-device availability, seeding the presets, the panel, the tray
+// item, the updater, the wake observer, prewarming, and the panel shown once
+// at the very first launch.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -30,6 +37,8 @@ public:
     bool hasLaunched() const { return m_fixPanel != nullptr; }
 
     FixPanelController* fixPanel() const { return m_fixPanel.get(); }
+    StatusItemController* statusItem() const { return m_statusItem.get(); }
+    UpdaterController& updater() { return m_updater; }
 
     // The global shortcut's action: hide a visible panel, otherwise show it
     // at the pointer.
@@ -44,12 +53,20 @@ public:
 
     void prewarmActivePreset();
 
+    // The main window's settings page, over this session's login items and
+    // the updater; the shortcut row appears once a recorder is supplied.
+    SettingsView* makeSettingsView(QWidget* parent);
+    void setShortcutRecorderFactory(SettingsView::RecorderFactory factory) {
+        m_shortcutRecorder = std::move(factory);
+    }
+
 Q_SIGNALS:
     void launched();
 
 private:
     void launch();
     void createFixPanel();
+    void createStatusItem();
     void observeWake();
     void showPanelAtFirstLaunch();
     void openMainWindow(bool selectSettings);
@@ -58,7 +75,13 @@ private:
     Clipboard& m_clipboard;
     WakeObserver* m_wakeObserver;
     PanelWindowTraits m_panelTraits;
+    UpdaterController m_updater;
+    std::unique_ptr<LoginItemService> m_loginItems;
+    SettingsView::RecorderFactory m_shortcutRecorder;
+    std::unique_ptr<Announcer> m_announcer;
     std::unique_ptr<FixPanelController> m_fixPanel;
+    std::unique_ptr<StatusItemController> m_statusItem;
+    std::unique_ptr<DBusStatusItemExport> m_statusItemExport;
     std::function<void(bool)> m_openMainWindow;
 };
 
