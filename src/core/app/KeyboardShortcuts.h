@@ -59,6 +59,11 @@ public:
     void enable(const QList<Name>& names);
 
     bool isRegistered(const Shortcut& shortcut) const { return m_registered.contains(shortcut); }
+    // Whether another application holds the combination now (the recorder's
+    // check before it stores one). Our own registrations never count.
+    bool isTakenByAnotherClient(const Shortcut& shortcut) {
+        return !isRegistered(shortcut) && m_hotKeys.isTakenByAnotherClient(shortcut);
+    }
 
     // Set while a recorder is recording: hot-key events are then ignored, so
     // pressing the current shortcut records it instead of firing it.
