@@ -1,15 +1,16 @@
 #include "app/KeyboardShortcuts.h"
 #include "dummy/InMemorySettingsStore.h"
 #include "linux/X11HotKeyService.h"
+#include "support/X11TestClient.h"
 
 #include <QGuiApplication>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QtTest>
 #include <xcb/xcb.h>
-#include <xcb/xcb_keysyms.h>
 
 using namespace scrivel;
+using test::X11TestClient;
 
 namespace {
 
@@ -36,33 +37,6 @@ void setLock(const char* keysym, uint16_t bit, bool on) {
         xdotool({QStringLiteral("key"), QString::fromLatin1(keysym)});
     QTRY_COMPARE(bool(currentModifierState() & bit), on);
 }
-
-// A second X client that holds a grab of its own, as another application
-// would.
-class OtherClient {
-public:
-    OtherClient() : m_connection(xcb_connect(nullptr, nullptr)) {}
-    ~OtherClient() { xcb_disconnect(m_connection); }
-    bool grab(xcb_keysym_t keysym, uint16_t modifiers) {
-        xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(m_connection);
-        xcb_keycode_t* keycodes = xcb_key_symbols_get_keycode(symbols, keysym);
-        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
-        xcb_generic_error_t* error = nullptr;
-        if (keycodes) {
-            error = xcb_request_check(
-                m_connection, xcb_grab_key_checked(m_connection, 1, root, modifiers, keycodes[0],
-                                                   XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-        }
-        const bool grabbed = keycodes && !error;
-        std::free(error);
-        std::free(keycodes);
-        xcb_key_symbols_free(symbols);
-        return grabbed;
-    }
-
-private:
-    xcb_connection_t* m_connection;
-};
 
 struct Counter {
     int pressed = 0;
@@ -162,7 +136,7 @@ void X11HotKeyServiceTest::holdingTheKeysReportsOnePress() {
 }
 
 void X11HotKeyServiceTest::anotherClientsGrabFailsTheRegistration() {
-    auto other = std::make_unique<OtherClient>();
+    auto other = std::make_unique<X11TestClient>();
     QVERIFY(other->grab(0xff0d, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1));
 
     InMemorySettingsStore settings;
