@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QWindow>
 #include <QtTest>
 #include <xcb/xcb.h>
 
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void pressAndReleaseUnderEveryLock_data();
     void pressAndReleaseUnderEveryLock();
     void holdingTheKeysReportsOnePress();
+    void ourOwnFocusedWindowDoesNotSwallowTheKeys();
     void anotherClientsGrabFailsTheRegistration();
     void unknownKeyCodeGrabsNothing();
 
@@ -133,6 +135,22 @@ void X11HotKeyServiceTest::holdingTheKeysReportsOnePress() {
     QTest::qWait(100);
     QCOMPARE(counter.pressed, 1);
     QCOMPARE(counter.released, 1);
+}
+
+void X11HotKeyServiceTest::ourOwnFocusedWindowDoesNotSwallowTheKeys() {
+    InMemorySettingsStore settings;
+    auto service = X11HotKeyService::forApplication();
+    KeyboardShortcuts shortcuts(settings, *service);
+    int released = 0;
+    shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [&] { ++released; });
+    // The panel has the focus when the shortcut is pressed to hide it.
+    QWindow window;
+    window.resize(200, 100);
+    window.show();
+    window.requestActivate();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+Return")});
+    QTRY_COMPARE(released, 1);
 }
 
 void X11HotKeyServiceTest::anotherClientsGrabFailsTheRegistration() {

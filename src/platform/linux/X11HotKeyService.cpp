@@ -150,7 +150,11 @@ std::expected<void, HotKeyError> X11HotKeyService::grab(const Grab& g) {
     const QList<uint16_t> variants = lockVariants();
     for (const xcb_keycode_t keycode : g.keycodes) {
         for (const uint16_t lock : variants) {
-            cookies.append(xcb_grab_key_checked(m_connection, 1, m_root, g.modifiers | lock,
+            // owner_events off: with it on, a press while one of our own
+            // windows (the panel) has the focus would be reported on that
+            // window instead of the root, and the panel could not be toggled
+            // away.
+            cookies.append(xcb_grab_key_checked(m_connection, 0, m_root, g.modifiers | lock,
                                                 keycode, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
         }
     }

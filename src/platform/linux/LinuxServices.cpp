@@ -1,10 +1,9 @@
-#include "CliServices.h"
+#include "linux/LinuxServices.h"
 
-namespace scrivel::cli {
+namespace scrivel {
 
-CliServices::CliServices() : m_secretService(APIKeyStore::service()) {
+LinuxServices::LinuxServices() : m_secretService(APIKeyStore::service()) {
     m_presets = std::make_unique<PresetStore>(m_settings);
-    m_presets->seedIfEmpty(m_onDevice.availability().isAvailable());
     const bool fileOnly = qEnvironmentVariable("SCRIVEL_SECRET_STORE") == QLatin1String("file");
     m_keys = std::make_unique<APIKeyStore>(m_secretService, m_fileStore, [this, fileOnly] {
         return fileOnly ? Future<bool>::ready(false) : m_probe.isAvailable();
@@ -13,4 +12,4 @@ CliServices::CliServices() : m_secretService(APIKeyStore::service()) {
     m_coordinator = std::make_unique<RewriteCoordinator>(*m_hub);
 }
 
-} // namespace scrivel::cli
+} // namespace scrivel

@@ -12,15 +12,19 @@
 
 #include <memory>
 
-namespace scrivel::cli {
+namespace scrivel {
 
-// The same services the desktop app uses, wired for a terminal: the user's
-// settings, the Secret Service (or the private file store where none runs;
-// SCRIVEL_SECRET_STORE=file forces it), and the provider hub.
-class CliServices {
+// The long-lived services on Linux, shared by the desktop app and the CLI:
+// the user's settings, the Secret Service (or the private file store where
+// none runs; SCRIVEL_SECRET_STORE=file forces it), the provider hub and the
+// rewrite coordinator. Seeding the preset store is left to the caller, which
+// decides when in its start-up that happens.
+class LinuxServices {
 public:
-    CliServices();
+    LinuxServices();
 
+    SettingsStore& settings() { return m_settings; }
+    OnDeviceModel& onDeviceModel() { return m_onDevice; }
     PresetStore& presets() { return *m_presets; }
     APIKeyStore& keys() { return *m_keys; }
     ProviderHub& hub() { return *m_hub; }
@@ -38,4 +42,4 @@ private:
     std::unique_ptr<RewriteCoordinator> m_coordinator;
 };
 
-} // namespace scrivel::cli
+} // namespace scrivel
