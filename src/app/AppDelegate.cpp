@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
 #include "app/Clipboard.h"
+#include "app/ShortcutActionBinding.h"
 #include "app/WakeObserver.h"
 #include "linux/LinuxServices.h"
 
@@ -58,6 +59,10 @@ void AppDelegate::attachGlobalShortcut() {
         if (self)
             self->togglePanel();
     });
+}
+
+ShortcutRecorderModel::MenuItemLookup AppDelegate::menuItemLookup() {
+    return &ShortcutActionBinding::applicationMenuItemUsing;
 }
 
 void AppDelegate::observeWake() {

@@ -2,6 +2,7 @@
 
 #include "app/HotKeyController.h"
 #include "app/KeyboardShortcuts.h"
+#include "app/ShortcutRecorderModel.h"
 #include "panel/FixPanelController.h"
 
 #include <QObject>
@@ -36,6 +37,9 @@ public:
     // The global shortcuts: the tray's "Open Panel" item binds to it and
     // disables it while its menu is open; the settings page records into it.
     KeyboardShortcuts& shortcuts() { return m_shortcuts; }
+    // What the shortcut recorder asks before it stores a combination: the
+    // title of an item in any of the app's menus that already uses it.
+    static ShortcutRecorderModel::MenuItemLookup menuItemLookup();
 
     // The global shortcut's action: hide a visible panel, otherwise show it
     // at the pointer.

@@ -3,8 +3,10 @@
 #include "app/KeyboardShortcuts.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QKeySequence>
 #include <QMenu>
+#include <QMenuBar>
 
 namespace scrivel {
 
@@ -75,6 +77,20 @@ std::optional<QString> ShortcutActionBinding::menuItemUsing(const QList<QAction*
             continue;
         if (action->shortcuts().contains(wanted))
             return withoutMnemonics(action->text());
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> ShortcutActionBinding::applicationMenuItemUsing(const Shortcut& shortcut) {
+    const QList<QWidget*> widgets = QApplication::allWidgets();
+    for (QWidget* widget : widgets) {
+        if (auto* bar = qobject_cast<QMenuBar*>(widget)) {
+            if (auto title = menuItemUsing(bar->actions(), shortcut))
+                return title;
+        } else if (auto* menu = qobject_cast<QMenu*>(widget)) {
+            if (auto title = menuItemUsing(menu->actions(), shortcut))
+                return title;
+        }
     }
     return std::nullopt;
 }

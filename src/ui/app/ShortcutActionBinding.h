@@ -30,6 +30,10 @@ public:
                                                 const Shortcut& shortcut);
     static std::optional<QString> menuItemUsing(const QList<QAction*>& actions,
                                                 const Shortcut& shortcut);
+    // The same search over every menu and menu bar the application has made
+    // (the tray's, the main window's): what the recorder on the settings page
+    // is given.
+    static std::optional<QString> applicationMenuItemUsing(const Shortcut& shortcut);
 };
 
 } // namespace scrivel

@@ -164,6 +164,9 @@ void ShortcutRecorderTest::boundActionFollowsTheShortcut() {
         ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Alt+T")));
     QCOMPARE(ShortcutActionBinding::menuItemUsing(QList{&tray}, ctrlAltT),
              std::optional(QStringLiteral("Rock & Roll")));
+    // The whole application's menus: the test window's File menu too.
+    QCOMPARE(ShortcutActionBinding::applicationMenuItemUsing(Shortcut{0x0C, 4096}),
+             std::optional(QStringLiteral("Quit Scrivel")));
 }
 
 QTEST_MAIN(ShortcutRecorderTest)
