@@ -1,6 +1,8 @@
 #include "AppDelegate.h"
 
 #include "app/Clipboard.h"
+#include "app/ShortcutActionBinding.h"
+#include "app/ShortcutRecorder.h"
 #include "app/StatusItemController.h"
 #include "app/WakeObserver.h"
 #include "linux/DBusStatusItemExport.h"
@@ -16,9 +18,15 @@
 namespace scrivel {
 
 AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
-                         PanelWindowTraits panelTraits, QObject* parent)
+                         HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent)
     : QObject(parent), m_services(services), m_clipboard(clipboard), m_wakeObserver(wakeObserver),
-      m_panelTraits(std::move(panelTraits)), m_announcer(std::make_unique<NoOpAnnouncer>()) {}
+      m_panelTraits(std::move(panelTraits)), m_shortcuts(services.settings(), hotKeys),
+      m_announcer(std::make_unique<NoOpAnnouncer>()) {
+    m_shortcutRecorder = [this](QWidget* parent) {
+        return new ShortcutRecorder(m_shortcuts, ShortcutName::rewriteFocusedField(),
+                                    menuItemLookup(), parent);
+    };
+}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -34,7 +42,7 @@ void AppDelegate::launch() {
     // Linux has no update framework: this makes no controller even in a
     // build configured for updates.
     m_updater.startIfConfigured();
-    // Next: the global shortcut's key-up handler.
+    attachGlobalShortcut();
     observeWake();
     prewarmActivePreset();
     showPanelAtFirstLaunch();
@@ -66,6 +74,17 @@ void AppDelegate::createStatusItem() {
         if (self)
             self->openMainWindow(true);
     };
+    KeyboardShortcuts& shortcuts = m_shortcuts;
+    actions.setShortcutEnabled = [&shortcuts](bool enabled) {
+        const QList<ShortcutName> names{ShortcutName::rewriteFocusedField()};
+        if (enabled)
+            shortcuts.enable(names);
+        else
+            shortcuts.disable(names);
+    };
+    actions.bindOpenPanelAction = [&shortcuts](QAction* openPanel) {
+        ShortcutActionBinding::bind(openPanel, shortcuts, ShortcutName::rewriteFocusedField());
+    };
     actions.quit = [] { QCoreApplication::quit(); };
     m_statusItem =
         std::make_unique<StatusItemController>(m_services.coordinator(), m_services.presets(),
@@ -81,6 +100,24 @@ SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
             QGuiApplication::desktopFileName().isEmpty() ? QStringLiteral("com.scrivel.app")
                                                          : QGuiApplication::desktopFileName());
     return new SettingsView(*m_loginItems, m_updater, m_shortcutRecorder, parent);
+}
+
+void AppDelegate::attachGlobalShortcut() {
+    const ShortcutName& name = ShortcutName::rewriteFocusedField();
+    KeyboardShortcuts& shortcuts = m_shortcuts;
+    m_fixPanel->setShortcutText([&shortcuts, name] { return shortcuts.displayText(name); });
+    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, m_fixPanel.get(),
+            &FixPanelController::refreshShortcutHint);
+    // The controller queues the toggle, so the hot-key handler returns at once.
+    QPointer<AppDelegate> self(this);
+    m_hotKey = std::make_unique<HotKeyController>(m_shortcuts, [self] {
+        if (self)
+            self->togglePanel();
+    });
+}
+
+ShortcutRecorderModel::MenuItemLookup AppDelegate::menuItemLookup() {
+    return &ShortcutActionBinding::applicationMenuItemUsing;
 }
 
 void AppDelegate::observeWake() {

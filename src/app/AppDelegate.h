@@ -1,6 +1,9 @@
 #pragma once
 
+#include "app/HotKeyController.h"
+#include "app/KeyboardShortcuts.h"
 #include "app/SettingsView.h"
+#include "app/ShortcutRecorderModel.h"
 #include "app/UpdaterController.h"
 #include "panel/FixPanelController.h"
 
@@ -13,6 +16,7 @@ namespace scrivel {
 class Announcer;
 class Clipboard;
 class DBusStatusItemExport;
+class HotKeyService;
 class LinuxServices;
 class LoginItemService;
 class StatusItemController;
@@ -29,7 +33,7 @@ public:
     static QString hasSeenPanelKey() { return QStringLiteral("scrivel.panel.has-seen"); }
 
     AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
-                PanelWindowTraits panelTraits, QObject* parent = nullptr);
+                HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     // Starts the launch sequence on the event loop and returns at once.
@@ -39,6 +43,12 @@ public:
     FixPanelController* fixPanel() const { return m_fixPanel.get(); }
     StatusItemController* statusItem() const { return m_statusItem.get(); }
     UpdaterController& updater() { return m_updater; }
+    // The global shortcuts: the tray's "Open Panel" item binds to it and
+    // disables it while its menu is open; the settings page records into it.
+    KeyboardShortcuts& shortcuts() { return m_shortcuts; }
+    // What the shortcut recorder asks before it stores a combination: the
+    // title of an item in any of the app's menus that already uses it.
+    static ShortcutRecorderModel::MenuItemLookup menuItemLookup();
 
     // The global shortcut's action: hide a visible panel, otherwise show it
     // at the pointer.
@@ -54,11 +64,8 @@ public:
     void prewarmActivePreset();
 
     // The main window's settings page, over this session's login items and
-    // the updater; the shortcut row appears once a recorder is supplied.
+    // the updater, with the recorder of the global shortcut.
     SettingsView* makeSettingsView(QWidget* parent);
-    void setShortcutRecorderFactory(SettingsView::RecorderFactory factory) {
-        m_shortcutRecorder = std::move(factory);
-    }
 
 Q_SIGNALS:
     void launched();
@@ -67,6 +74,7 @@ private:
     void launch();
     void createFixPanel();
     void createStatusItem();
+    void attachGlobalShortcut();
     void observeWake();
     void showPanelAtFirstLaunch();
     void openMainWindow(bool selectSettings);
@@ -75,6 +83,7 @@ private:
     Clipboard& m_clipboard;
     WakeObserver* m_wakeObserver;
     PanelWindowTraits m_panelTraits;
+    KeyboardShortcuts m_shortcuts;
     UpdaterController m_updater;
     std::unique_ptr<LoginItemService> m_loginItems;
     SettingsView::RecorderFactory m_shortcutRecorder;
@@ -82,6 +91,7 @@ private:
     std::unique_ptr<FixPanelController> m_fixPanel;
     std::unique_ptr<StatusItemController> m_statusItem;
     std::unique_ptr<DBusStatusItemExport> m_statusItemExport;
+    std::unique_ptr<HotKeyController> m_hotKey;
     std::function<void(bool)> m_openMainWindow;
 };
 
