@@ -163,6 +163,9 @@ void FixPanelTest::escapeCancelsARunThenHides() {
     QTest::keyClick(m_controller->panel(), Qt::Key_Escape);
     QCOMPARE(m_controller->model().stage(), PanelStage::input());
     QCOMPARE(m_controller->model().text(), QStringLiteral("teh cat"));
+    // Shown in the field, not scrolled out of it.
+    QTRY_COMPARE(editor().exactText(), QStringLiteral("teh cat"));
+    QCOMPARE(editor().verticalScrollBar()->maximum(), 0);
     QVERIFY(m_controller->isPanelVisible());
 
     QTest::keyClick(m_controller->panel(), Qt::Key_Escape);
