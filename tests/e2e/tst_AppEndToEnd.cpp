@@ -118,7 +118,7 @@ QByteArray AppEndToEndTest::tool(const QString& program, const QStringList& argu
 
 QRect AppEndToEndTest::visiblePanel() {
     const QByteArray ids =
-        tool(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--name", "^Scrivel$"});
+        tool(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--name", "^Scrivel Panel$"});
     const QByteArray id = ids.trimmed().split('\n').value(0);
     if (id.isEmpty())
         return {};

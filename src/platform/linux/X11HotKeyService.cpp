@@ -7,6 +7,10 @@
 #include <QGuiApplication>
 #include <cstdlib>
 #include <xcb/xcb_keysyms.h>
+// xkb.h names a struct member "explicit", a C++ keyword.
+#define explicit explicit_
+#include <xcb/xkb.h>
+#undef explicit
 
 namespace scrivel {
 
@@ -52,6 +56,28 @@ QList<xcb_keycode_t> keycodesOf(xcb_key_symbols_t* symbols, xcb_keysym_t keysym)
     return keycodes;
 }
 
+// Asks the server not to fake a release before each repeated press of a held
+// key (Qt's own X connection asks the same). True when the server confirms:
+// every release is then a real one and needs no wait for a following press.
+bool enableDetectableAutoRepeat(xcb_connection_t* connection) {
+    xcb_xkb_use_extension_reply_t* extension = xcb_xkb_use_extension_reply(
+        connection, xcb_xkb_use_extension(connection, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION),
+        nullptr);
+    const bool supported = extension && extension->supported;
+    std::free(extension);
+    if (!supported)
+        return false;
+    const uint32_t detectable = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    xcb_xkb_per_client_flags_reply_t* flags =
+        xcb_xkb_per_client_flags_reply(connection,
+                                       xcb_xkb_per_client_flags(connection, XCB_XKB_ID_USE_CORE_KBD,
+                                                                detectable, detectable, 0, 0, 0),
+                                       nullptr);
+    const bool enabled = flags && (flags->value & detectable);
+    std::free(flags);
+    return enabled;
+}
+
 } // namespace
 
 std::unique_ptr<X11HotKeyService> X11HotKeyService::forApplication(QObject* parent) {
@@ -62,8 +88,9 @@ std::unique_ptr<X11HotKeyService> X11HotKeyService::forApplication(QObject* pare
     const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
     if (!screen)
         return nullptr;
-    return std::make_unique<X11HotKeyService>(connection, screen->root, defaultRepeatWindow,
-                                              parent);
+    const std::chrono::milliseconds repeatWindow =
+        enableDetectableAutoRepeat(connection) ? std::chrono::milliseconds(0) : defaultRepeatWindow;
+    return std::make_unique<X11HotKeyService>(connection, screen->root, repeatWindow, parent);
 }
 
 X11HotKeyService::X11HotKeyService(xcb_connection_t* connection, xcb_window_t root,
@@ -289,7 +316,10 @@ bool X11HotKeyService::handleKeyRelease(xcb_keycode_t keycode, xcb_timestamp_t t
     if (!m_held || m_held->keycode != keycode)
         return false;
     m_pendingRelease = PendingRelease{keycode, time};
-    m_releaseTimer.start();
+    if (m_releaseTimer.interval() == 0)
+        flushRelease();
+    else
+        m_releaseTimer.start();
     return true;
 }
 

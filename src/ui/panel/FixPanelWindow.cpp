@@ -14,7 +14,8 @@ FixPanelWindow::FixPanelWindow(bool composited, QWidget* parent)
       m_composited(composited) {
     setAttribute(Qt::WA_TranslucentBackground, composited);
     setAttribute(Qt::WA_ShowWithoutActivating, false);
-    setWindowTitle(QStringLiteral("Scrivel"));
+    // Named apart from the main window, for window lists and scripts.
+    setWindowTitle(QStringLiteral("Scrivel Panel"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSizeConstraint(QLayout::SetFixedSize);
