@@ -1,6 +1,7 @@
 #include "presets/PresetPackDocument.h"
 #include "support/ScriptedHttpServer.h"
 
+#include <QDBusInterface>
 #include <QProcess>
 #include <QRect>
 #include <QStandardPaths>
@@ -25,6 +26,7 @@ private Q_SLOTS:
     void rewriteStreamsAndCopiesTheResult();
     void secondStartLeavesOneInstance();
     void noDisplayIsOneClearLine();
+    void aDayWithTheTray();
 
 private:
     QProcessEnvironment environment() const;
@@ -37,6 +39,10 @@ private:
     // window's minimum (the panel is narrower).
     bool mainWindowVisible();
     void addLocalPreset();
+    // The tray item's state as the app publishes it on the session bus.
+    QString trayProperty(const char* name);
+    // Opens the tray menu and walks it with the keyboard.
+    void chooseFromTrayMenu(const QStringList& keys);
 
     std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<ScriptedHttpServer> m_server;
@@ -259,6 +265,99 @@ void AppEndToEndTest::noDisplayIsOneClearLine() {
     QVERIFY(err.startsWith("scrivel: no display found"));
     // Nothing written: no settings were created.
     QVERIFY(!QFile::exists(m_home->filePath(QStringLiteral("config/Scrivel/Scrivel.conf"))));
+}
+
+QString AppEndToEndTest::trayProperty(const char* name) {
+    QDBusInterface item(QStringLiteral("com.scrivel.app"),
+                        QStringLiteral("/com/scrivel/StatusItem"),
+                        QStringLiteral("com.scrivel.StatusItem"));
+    return item.property(name).toString();
+}
+
+void AppEndToEndTest::chooseFromTrayMenu(const QStringList& keys) {
+    // The icon is the app's small window docked in the tray.
+    QByteArray icon;
+    const QByteArray ids = tool(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--pid",
+                                                            QString::number(m_app->processId())});
+    for (const QByteArray& id : ids.trimmed().split('\n')) {
+        const QByteArray shell = tool(QStringLiteral("xdotool"),
+                                      {"getwindowgeometry", "--shell", QString::fromLatin1(id)});
+        if (shell.contains("WIDTH=2") && shell.contains("HEIGHT=2"))
+            icon = id;
+    }
+    QVERIFY2(!icon.isEmpty(), "no tray icon");
+    tool(QStringLiteral("xdotool"),
+         {"mousemove", "--window", QString::fromLatin1(icon), "10", "10", "click", "1"});
+    QTest::qWait(500);
+    for (const QString& key : keys) {
+        tool(QStringLiteral("xdotool"), {"key", key});
+        QTest::qWait(150);
+    }
+}
+
+void AppEndToEndTest::aDayWithTheTray() {
+    if (QStandardPaths::findExecutable(QStringLiteral("trayer")).isEmpty())
+        QSKIP("needs trayer as the tray host");
+    QProcess tray;
+    tray.start(QStringLiteral("trayer"), {"--edge", "top", "--align", "right", "--widthtype",
+                                          "request", "--height", "24", "--SetDockType", "false"});
+    QVERIFY(tray.waitForStarted());
+    auto stopTray = qScopeGuard([&tray] {
+        tray.kill();
+        tray.waitForFinished(2000);
+    });
+    addLocalPreset();
+    int calls = 0;
+    m_server->setHandler([&calls](const auto&) {
+        if (++calls == 1)
+            return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat sat."),
+                                                   true);
+        return ScriptedHttpServer::status(500);
+    });
+    startApp();
+    QTRY_COMPARE_WITH_TIMEOUT(trayProperty("Look"), QStringLiteral("wand"), 10000);
+    QVERIFY(QTest::qWaitFor([&] { return !visiblePanel().isEmpty(); }, 10000));
+
+    // A rewrite: the result on the clipboard, "Complete" in the tray, then rest.
+    tool(QStringLiteral("xdotool"), {"key", "ctrl+a", "BackSpace"});
+    tool(QStringLiteral("xdotool"), {"type", "--delay", "5", "teh cat sat"});
+    tool(QStringLiteral("xdotool"), {"key", "Return"});
+    QTRY_COMPARE_WITH_TIMEOUT(trayProperty("ToolTip"), QStringLiteral("Complete"), 10000);
+    QCOMPARE(trayProperty("Look"), QStringLiteral("checkMark"));
+    QCOMPARE(trayProperty("StatusLine"), QStringLiteral("Status: Complete"));
+    QCOMPARE(tool(QStringLiteral("xclip"), {"-o", "-selection", "clipboard"}),
+             QByteArray("The cat sat."));
+    QTRY_COMPARE_WITH_TIMEOUT(trayProperty("Look"), QStringLiteral("wand"), 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(trayProperty("ToolTip"), QStringLiteral("Scrivel"), 5000);
+
+    // A failing provider: the triangle and its sentence.
+    tool(QStringLiteral("xdotool"), {"key", "ctrl+a", "BackSpace"});
+    tool(QStringLiteral("xdotool"), {"type", "--delay", "5", "teh dog"});
+    tool(QStringLiteral("xdotool"), {"key", "Return"});
+    QTRY_COMPARE_WITH_TIMEOUT(trayProperty("Look"), QStringLiteral("triangle"), 10000);
+    const QString message = trayProperty("ToolTip");
+    QVERIFY(!message.isEmpty() && message != QStringLiteral("Scrivel"));
+    QCOMPARE(trayProperty("StatusLine"), QStringLiteral("Status: ") + message);
+    tool(QStringLiteral("xdotool"), {"key", "Escape"});
+    QTRY_VERIFY(visiblePanel().isEmpty());
+
+    // The preset submenu: Fix, Make Concise, Improve Prompt, Local.
+    chooseFromTrayMenu({"Down", "Down", "Right", "Down", "Return"});
+    QTRY_VERIFY(tool(QStringLiteral(SCRIVEL_CLI_PATH), {"presets"})
+                    .split('\n')
+                    .value(1)
+                    .startsWith("* Make Concise"));
+
+    // "Settings…" opens the main window.
+    chooseFromTrayMenu({"Down", "Down", "Down", "Return"});
+    QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
+
+    // "Quit Scrivel" ends the process.
+    tool(QStringLiteral("xdotool"), {"key", "Escape"});
+    chooseFromTrayMenu({"Down", "Down", "Down", "Down", "Return"});
+    QVERIFY(QTest::qWaitFor([this] { return m_app->state() == QProcess::NotRunning; }, 5000));
+    QCOMPARE(m_app->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_app->exitCode(), 0);
 }
 
 QTEST_GUILESS_MAIN(AppEndToEndTest)
