@@ -89,17 +89,23 @@ private:
     }
 
     bool read(QByteArrayView bytes) {
-        const bool withinLimit = m_reader.feed(bytes, [this] {
-            m_writer.push(TransformStreamEvent::partial(m_reader.reply().snapshot()));
-        });
-        if (!withinLimit) {
-            end(TransformFailure::rewrite(
-                RewriteError::modelFailed(QCoreApplication::translate("ProviderConnectionFailure",
-                                                                      "%1 response was too large")
-                                              .arg(m_provider.m_endpoint.displayName))));
+        if (m_reader.feed(bytes, [this] {
+                m_writer.push(TransformStreamEvent::partial(m_reader.reply().snapshot()));
+            }))
+            return true;
+        if (m_reader.state() == ServerSentEventReader::State::serverError) {
+            // The server's own words go to the debug log only.
+            qCDebug(rewriteLog).noquote()
+                << privateValue(QStringLiteral("cloud stream error endpoint=%1 message=%2")
+                                    .arg(m_provider.m_endpoint.id, m_reader.serverMessage()));
+            end(TransformFailure::rewrite(RewriteError::modelFailed(QCoreApplication::translate(
+                "OpenAICompatibleProvider", "The provider stopped with an error. Try again."))));
             return false;
         }
-        return true;
+        end(TransformFailure::rewrite(RewriteError::modelFailed(
+            QCoreApplication::translate("ProviderConnectionFailure", "%1 response was too large")
+                .arg(m_provider.m_endpoint.displayName))));
+        return false;
     }
 
     void done(const ProviderRequest::Outcome& outcome) {
@@ -114,6 +120,18 @@ private:
             break;
         }
         m_reader.finish();
+        // A reply cut at the token budget is not a finished text: copying it
+        // would replace the user's text with its first part.
+        if (m_reader.finishReason() == QLatin1String("length")) {
+            qCDebug(rewriteLog).noquote()
+                << privateValue(QStringLiteral("cloud stream cut endpoint=%1 out=%2")
+                                    .arg(m_provider.m_endpoint.id)
+                                    .arg(m_reader.replyUtf8Size()));
+            end(TransformFailure::rewrite(RewriteError::modelFailed(QCoreApplication::translate(
+                "OpenAICompatibleProvider",
+                "The reply was cut short by the provider’s length limit. Try a shorter text."))));
+            return;
+        }
         const QString reply = trimmedWhitespaceAndNewlines(m_reader.reply().view().toString());
         if (reply.isEmpty()) {
             end(TransformFailure::rewrite(RewriteError::modelFailed(

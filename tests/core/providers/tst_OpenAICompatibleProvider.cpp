@@ -167,6 +167,36 @@ void OpenAICompatibleProviderTest::streams_data() {
     QTest::newRow("streamed text over the limit")
         << ScriptedHttpServer::eventStream(big, true, 65536) << QString()
         << failed(RewriteError::modelFailed("Custom response was too large"));
+    const RewriteError stoppedWithError =
+        RewriteError::modelFailed("The provider stopped with an error. Try again.");
+    QTest::newRow("error object after text")
+        << ScriptedHttpServer::eventStream(
+               sse({"The cat sat"}) +
+                   "data: {\"error\":{\"message\":\"Upstream error\",\"code\":502}}\n\n" +
+                   sse({" on the mat."}),
+               true)
+        << QString() << failed(stoppedWithError);
+    QTest::newRow("only an error object")
+        << ScriptedHttpServer::eventStream(
+               "event: error\ndata: {\"error\":{\"message\":\"x\"}}\n\n", false)
+        << QString() << failed(stoppedWithError);
+    QTest::newRow("cut at the token budget")
+        << ScriptedHttpServer::eventStream(
+               sse({"The cat sat"}) +
+                   "data: {\"choices\":[{\"delta\":{},\"finish_reason\":\"length\"}]}\n\n",
+               true)
+        << QString()
+        << failed(RewriteError::modelFailed(
+               "The reply was cut short by the provider\u2019s length limit. Try a shorter text."));
+    QTest::newRow("finished normally")
+        << ScriptedHttpServer::eventStream(
+               sse({"Done."}) +
+                   "data: {\"choices\":[{\"delta\":{},\"finish_reason\":\"stop\"}]}\n\n",
+               true)
+        << "Done." << F();
+    QTest::newRow("a line that never ends")
+        << ScriptedHttpServer::eventStream("data: " + QByteArray(600 * 1024, 'x'), true, 65536)
+        << QString() << failed(RewriteError::modelFailed("Custom response was too large"));
     Response dropped = ScriptedHttpServer::eventStream(sse({"partial"}), true);
     dropped.writes.removeLast(); // no terminating chunk: the connection just closes
     QTest::newRow("dropped mid-reply")
