@@ -468,7 +468,8 @@ int CliApplication::key(const QStringList& arguments) {
     const auto succeeded = [&](const std::optional<APIKeyProviding::VoidResult>& result) {
         if (result && *result)
             return true;
-        write(stderr, keychainMessage + QStringLiteral("\n"));
+        write(stderr,
+              (result ? result->error().saveMessage() : keychainMessage) + QStringLiteral("\n"));
         return false;
     };
 

@@ -3,6 +3,7 @@
 #include "pipeline/OutputCleaning.h"
 
 #include <QStringDecoder>
+#include <algorithm>
 
 namespace scrivel {
 
@@ -23,12 +24,21 @@ std::optional<QString> keyFromBytes(const QByteArray& bytes) {
     if (decoder.hasError())
         return std::nullopt;
     const QString trimmed = trimmedWhitespaceAndNewlines(text);
-    if (trimmed.isEmpty())
+    // A stored key that could not go into a header as it is counts as
+    // unreadable rather than being sent.
+    if (trimmed.isEmpty() || !APIKeyStore::isStorableKey(trimmed))
         return std::nullopt;
     return trimmed;
 }
 
 } // namespace
+
+bool APIKeyStore::isStorableKey(const QString& trimmedKey) {
+    return std::none_of(trimmedKey.begin(), trimmedKey.end(), [](QChar c) {
+        return c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+               c == QChar::ParagraphSeparator;
+    });
+}
 
 APIKeyStore::APIKeyStore(SecretStore& modern, SecretStore& legacy,
                          std::function<Future<bool>()> modernAvailable, QObject* parent)
@@ -48,10 +58,63 @@ Future<KeyResult> APIKeyStore::readItem(SecretStore& store, const QString& accou
     });
 }
 
+template <typename T>
+Future<T> APIKeyStore::enqueue(const QString& account, bool skipWhenAbandoned,
+                               std::function<Future<T>()> operation) {
+    Promise<T> promise;
+    Future<T> future = promise.future();
+    m_queues[account].waiting.push_back(
+        [this, account, skipWhenAbandoned, promise, operation = std::move(operation)] {
+            if (skipWhenAbandoned && promise.isCancelled()) {
+                operationEnded(account);
+                return;
+            }
+            // Detached: the operation runs to its end whatever the caller
+            // does, so the next one never starts while it is under way.
+            operation().detach(this, [this, account, promise](T value) {
+                promise.resolve(std::move(value));
+                operationEnded(account);
+            });
+        });
+    startNext(account);
+    return future;
+}
+
+void APIKeyStore::startNext(const QString& account) {
+    const auto it = m_queues.find(account);
+    if (it == m_queues.end() || it->running)
+        return;
+    if (it->waiting.empty()) {
+        m_queues.erase(it);
+        return;
+    }
+    it->running = true;
+    const std::function<void()> next = std::move(it->waiting.front());
+    it->waiting.pop_front();
+    next(); // may end at once and start the one after it
+}
+
+void APIKeyStore::operationEnded(const QString& account) {
+    const auto it = m_queues.find(account);
+    if (it == m_queues.end())
+        return;
+    it->running = false;
+    startNext(account);
+}
+
 Future<KeyResult> APIKeyStore::readKey(const QString& account) {
+    // The cache answers at once only when nothing on the account is pending:
+    // a save or delete called earlier must take effect first.
+    if (!m_queues.contains(account)) {
+        if (const auto it = m_sessionCache.constFind(account); it != m_sessionCache.constEnd())
+            return ready(KeyResult(*it));
+    }
+    return enqueue<KeyResult>(account, true, [this, account] { return readNow(account); });
+}
+
+Future<KeyResult> APIKeyStore::readNow(const QString& account) {
     if (const auto it = m_sessionCache.constFind(account); it != m_sessionCache.constEnd())
         return ready(KeyResult(*it));
-
     return chainFuture(m_modernAvailable(), this, [this, account](bool modern) {
         Future<KeyResult> read = modern ? readModernFirst(account) : readItem(m_legacy, account);
         return mapFuture(std::move(read), this, [this, account](KeyResult result) {
@@ -81,7 +144,8 @@ Future<KeyResult> APIKeyStore::readModernFirst(const QString& account) {
             if (!legacy || !*legacy)
                 return ready(legacy);
             const QString key = **legacy;
-            return mapFuture(saveKey(key, account), this, [key](VoidResult saved) -> KeyResult {
+            // Already this account's turn: save directly, not through the queue.
+            return mapFuture(saveNow(key, account), this, [key](VoidResult saved) -> KeyResult {
                 if (!saved) {
                     const KeychainError& error = saved.error();
                     return std::unexpected(KeychainError::migrationFailed(
@@ -98,8 +162,15 @@ Future<VoidResult> APIKeyStore::saveKey(const QString& key, const QString& accou
     const QString trimmed = trimmedWhitespaceAndNewlines(key);
     if (trimmed.isEmpty())
         return deleteKey(account);
-    return chainFuture(m_modernAvailable(), this, [this, trimmed, account](bool modern) {
-        return saveTrimmed(trimmed, account, modern);
+    if (!isStorableKey(trimmed))
+        return ready(VoidResult(std::unexpected(KeychainError::invalidKey())));
+    return enqueue<VoidResult>(account, false,
+                               [this, trimmed, account] { return saveNow(trimmed, account); });
+}
+
+Future<VoidResult> APIKeyStore::saveNow(const QString& trimmedKey, const QString& account) {
+    return chainFuture(m_modernAvailable(), this, [this, trimmedKey, account](bool modern) {
+        return saveTrimmed(trimmedKey, account, modern);
     });
 }
 
@@ -135,6 +206,11 @@ Future<VoidResult> APIKeyStore::saveTrimmed(const QString& key, const QString& a
 }
 
 Future<VoidResult> APIKeyStore::deleteKey(const QString& account) {
+    return enqueue<VoidResult>(account, false, [this, account] { return deleteNow(account); });
+}
+
+Future<VoidResult> APIKeyStore::deleteNow(const QString& account) {
+    // Gone from the cache whatever becomes of the removal.
     m_sessionCache.remove(account);
     return chainFuture(m_modernAvailable(), this,
                        [this, account](bool modern) { return deleteFrom(modern, account); });
