@@ -1,8 +1,19 @@
 #include "CliServices.h"
 
+#include <cstdio>
+
 namespace scrivel::cli {
 
 CliServices::CliServices() : m_secretService(APIKeyStore::service()) {
+    // Said once, on the terminal: the damaged file is left for the user to
+    // look at or move aside.
+    m_fileStore.setDamageHandler([](const QString& path) {
+        fprintf(stderr, "%s\n",
+                qUtf8Printable(QStringLiteral("The private key file “%1” is damaged and can’t be "
+                                              "read. It was left as it is; move it aside to store "
+                                              "keys in a new one.")
+                                   .arg(path)));
+    });
     m_presets = std::make_unique<PresetStore>(m_settings);
     m_presets->seedIfEmpty(m_onDevice.availability().isAvailable());
     const bool fileOnly = qEnvironmentVariable("SCRIVEL_SECRET_STORE") == QLatin1String("file");

@@ -1,6 +1,7 @@
 #include "providers/APIKeyStore.h"
 
 #include "pipeline/OutputCleaning.h"
+#include "support/Log.h"
 
 #include <QStringDecoder>
 #include <algorithm>
@@ -29,6 +30,11 @@ std::optional<QString> keyFromBytes(const QByteArray& bytes) {
     if (trimmed.isEmpty() || !APIKeyStore::isStorableKey(trimmed))
         return std::nullopt;
     return trimmed;
+}
+
+void logLegacyCleanupFailure(int status) {
+    qCWarning(rewriteLog).noquote()
+        << QStringLiteral("legacy key cleanup failed status=%1").arg(status);
 }
 
 } // namespace
@@ -130,13 +136,14 @@ Future<KeyResult> APIKeyStore::readModernFirst(const QString& account) {
         if (!modern)
             return ready(modern);
         if (*modern) {
-            // The modern item wins; a leftover legacy copy goes.
+            // The modern item wins; a leftover legacy copy goes. The legacy
+            // store is a fallback, never a gate: a failure there (a damaged
+            // key file) must not hide the key the modern store holds.
             const QString key = **modern;
             return mapFuture(m_legacy.remove(account), this,
                              [key](SecretStore::WriteResult removed) -> KeyResult {
                                  if (!removed)
-                                     return std::unexpected(
-                                         KeychainError::migrationFailed(removed.error()));
+                                     logLegacyCleanupFailure(removed.error());
                                  return std::optional<QString>(key);
                              });
         }
@@ -195,12 +202,14 @@ Future<VoidResult> APIKeyStore::saveTrimmed(const QString& key, const QString& a
     auto legacyRemoved = chainFuture(std::move(written), this, [this, account](VoidResult result) {
         if (!result)
             return ready(result);
-        return mapFuture(
-            m_legacy.remove(account), this, [](SecretStore::WriteResult removed) -> VoidResult {
-                if (!removed)
-                    return std::unexpected(KeychainError::deleteFailed(removed.error()));
-                return {};
-            });
+        // The key is in the modern store, which is read first: a legacy copy
+        // that cannot be removed never wins over it.
+        return mapFuture(m_legacy.remove(account), this,
+                         [](SecretStore::WriteResult removed) -> VoidResult {
+                             if (!removed)
+                                 logLegacyCleanupFailure(removed.error());
+                             return {};
+                         });
     });
     return mapFuture(std::move(legacyRemoved), this, remember);
 }
@@ -227,12 +236,21 @@ Future<VoidResult> APIKeyStore::deleteFrom(bool modern, const QString& account) 
     };
     if (!modern)
         return removeFrom(m_legacy, account);
-    return chainFuture(removeFrom(m_modern, account), this,
-                       [this, account, removeFrom](VoidResult result) {
-                           if (!result)
-                               return ready(result);
-                           return removeFrom(m_legacy, account);
-                       });
+    return chainFuture(
+        removeFrom(m_modern, account), this, [this, account, removeFrom](VoidResult result) {
+            if (!result)
+                return ready(result);
+            // A legacy store that cannot be read at all holds
+            // nothing that could come back.
+            return mapFuture(
+                removeFrom(m_legacy, account), this, [](VoidResult removed) -> VoidResult {
+                    if (!removed && removed.error().status() == KeychainError::unreadableStore) {
+                        logLegacyCleanupFailure(KeychainError::unreadableStore);
+                        return {};
+                    }
+                    return removed;
+                });
+        });
 }
 
 } // namespace scrivel

@@ -22,6 +22,9 @@ public:
     static constexpr int itemNotFound = -25300;
     static constexpr int duplicateItem = -25299;
     static constexpr int migrationWithoutStatus = -26275;
+    // The store's data cannot be read at all (a damaged key file): nothing in
+    // it can be found, and nothing is written over it.
+    static constexpr int unreadableStore = -25295;
 
     static KeychainError readFailed(int status) { return {Kind::readFailed, status}; }
     static KeychainError saveFailed(int status) { return {Kind::saveFailed, status}; }

@@ -40,6 +40,8 @@ private Q_SLOTS:
     void failedSaveLeavesCacheAndFailedDeleteClearsIt();
     void operationsTakeEffectInCallOrder_data();
     void operationsTakeEffectInCallOrder();
+    void legacyStoreNeverHidesModernKeys_data();
+    void legacyStoreNeverHidesModernKeys();
     void keysWithControlCharactersAreRefused_data();
     void keysWithControlCharactersAreRefused();
 
@@ -144,16 +146,13 @@ void APIKeyStoreTest::failures_data() {
     QTest::newRow("legacy read during migration")
         << "read"
         << "legacy.read" << false << KeychainError::readFailed(-25293);
-    QTest::newRow("legacy removal after a modern hit")
-        << "read"
-        << "legacy.remove" << false << KeychainError::migrationFailed(-25293);
     QTest::newRow("migration save")
         << "read"
         << "modern.write" << true << KeychainError::migrationFailed(-25293);
     QTest::newRow("save") << "save"
                           << "modern.write" << false << KeychainError::saveFailed(-25293);
-    QTest::newRow("legacy removal after a save")
-        << "save"
+    QTest::newRow("legacy removal during a delete")
+        << "delete"
         << "legacy.remove" << false << KeychainError::deleteFailed(-25293);
     QTest::newRow("delete") << "delete"
                             << "modern.remove" << false << KeychainError::deleteFailed(-25293);
@@ -165,8 +164,6 @@ void APIKeyStoreTest::failures() {
     QFETCH(bool, legacyItem);
     QFETCH(KeychainError, error);
 
-    if (failing == QLatin1String("legacy.remove") && operation == QLatin1String("read"))
-        m_modern.items.insert(QStringLiteral("a"), "modern");
     if (legacyItem)
         m_legacy.items.insert(QStringLiteral("a"), "legacy");
     InMemorySecretStore& store = failing.startsWith(QLatin1String("modern")) ? m_modern : m_legacy;
@@ -308,6 +305,34 @@ void APIKeyStoreTest::operationsTakeEffectInCallOrder() {
     settle([&] { return laterValue.has_value(); });
     QCOMPARE(*laterValue,
              finalKey == QLatin1String("-") ? KeyResult(std::nullopt) : KeyResult(finalKey));
+}
+
+void APIKeyStoreTest::legacyStoreNeverHidesModernKeys_data() {
+    QTest::addColumn<int>("status");
+    QTest::newRow("damaged key file") << KeychainError::unreadableStore;
+    QTest::newRow("other failure") << -25293;
+}
+
+void APIKeyStoreTest::legacyStoreNeverHidesModernKeys() {
+    QFETCH(int, status);
+    m_legacy.readFailure = status;
+    m_legacy.writeFailure = status;
+    m_legacy.removeFailure = status;
+    m_modern.items.insert(QStringLiteral("groq"), "sk-modern");
+    QCOMPARE(read(QStringLiteral("groq")), KeyResult(QStringLiteral("sk-modern")));
+    QVERIFY(save(QStringLiteral("sk-new"), QStringLiteral("openai")));
+    QCOMPARE(m_modern.items.value(QStringLiteral("openai")), QByteArray("sk-new"));
+    // Deleting: a store that cannot be read holds nothing that could come
+    // back; any other failure may leave a copy behind, so it is reported.
+    const VoidResult deleted = remove(QStringLiteral("openai"));
+    QVERIFY(!m_modern.items.contains(QStringLiteral("openai")));
+    if (status == KeychainError::unreadableStore)
+        QVERIFY(deleted);
+    else
+        QCOMPARE(deleted, VoidResult(std::unexpected(KeychainError::deleteFailed(status))));
+    // Without the modern item the legacy failure is all there is to say.
+    QCOMPARE(read(QStringLiteral("xai")),
+             KeyResult(std::unexpected(KeychainError::readFailed(status))));
 }
 
 void APIKeyStoreTest::keysWithControlCharactersAreRefused_data() {
