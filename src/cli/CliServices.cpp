@@ -1,5 +1,7 @@
 #include "CliServices.h"
 
+#include "linux/BootClock.h"
+
 #include <cstdio>
 
 namespace scrivel::cli {
@@ -22,6 +24,10 @@ CliServices::CliServices() : m_secretService(APIKeyStore::service()) {
     });
     m_hub = std::make_unique<ProviderHub>(m_onDevice, *m_keys);
     m_coordinator = std::make_unique<RewriteCoordinator>(*m_hub);
+    // A run's time-out counts time asleep, and is checked again on wake.
+    m_coordinator->setDeadlineClock(bootClock());
+    QObject::connect(&m_sleep, &SleepWatcher::resumed, m_coordinator.get(),
+                     &RewriteCoordinator::checkDeadlines);
 }
 
 } // namespace scrivel::cli

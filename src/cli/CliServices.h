@@ -4,6 +4,7 @@
 #include "linux/QSettingsStore.h"
 #include "linux/SecretServiceProbe.h"
 #include "linux/SecretServiceStore.h"
+#include "linux/SleepWatcher.h"
 #include "linux/UnavailableOnDeviceModel.h"
 #include "pipeline/ProviderHub.h"
 #include "pipeline/RewriteCoordinator.h"
@@ -36,6 +37,7 @@ private:
     std::unique_ptr<APIKeyStore> m_keys;
     std::unique_ptr<ProviderHub> m_hub;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
+    SleepWatcher m_sleep;
 };
 
 } // namespace scrivel::cli
