@@ -1,5 +1,7 @@
 #include "presets/PresetStore.h"
 
+#include "support/Log.h"
+
 #include "app/SettingsStore.h"
 #include "presets/BuiltInPresets.h"
 
@@ -170,7 +172,12 @@ void PresetStore::setActivePresetID(const std::optional<QUuid>& id) {
 
 void PresetStore::save() {
     assertMainThread();
-    m_settings.setData(presetsKey(), Preset::encodeList(m_presets));
+    // A list that cannot be encoded is not written: the stored list keeps
+    // its previous value. The active preset is written either way.
+    if (const auto encoded = Preset::encodeList(m_presets))
+        m_settings.setData(presetsKey(), *encoded);
+    else
+        qCWarning(rewriteLog) << "presets not saved: a temperature is not a finite number";
     writeActivePresetID();
 }
 

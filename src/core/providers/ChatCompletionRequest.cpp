@@ -1,5 +1,7 @@
 #include "providers/ChatCompletionRequest.h"
 
+#include <cmath>
+
 #include "providers/ModelRules.h"
 #include "support/JsonWriter.h"
 
@@ -24,7 +26,10 @@ ChatCompletionRequest::make(const CompletionInput& input) {
     if (input.reasoningEffort && !input.reasoningEffort->isEmpty() &&
         supportsReasoningEffort(input.model))
         request.reasoningEffort = input.reasoningEffort;
-    request.temperature = input.temperature;
+    // A temperature that is not a finite number has no JSON form; the
+    // provider's default stands in rather than a null.
+    if (input.temperature && std::isfinite(*input.temperature))
+        request.temperature = input.temperature;
     request.stream = true;
     request.messages = {
         {QStringLiteral("system"), input.instructions},
@@ -37,7 +42,7 @@ ChatCompletionRequest::make(const CompletionInput& input) {
 QByteArray ChatCompletionRequest::encode() const {
     JsonValue body = JsonValue::object();
     body.insert(QStringLiteral("model"), model);
-    if (temperature)
+    if (temperature && std::isfinite(*temperature))
         body.insert(QStringLiteral("temperature"), *temperature);
     body.insert(QStringLiteral("max_tokens"), maxTokens);
     body.insert(QStringLiteral("stream"), stream);

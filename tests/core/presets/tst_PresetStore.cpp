@@ -33,7 +33,7 @@ QString namesOf(const QList<Preset>& presets) {
 
 void store(InMemorySettingsStore& settings, const QList<Preset>& presets,
            const std::optional<QUuid>& active) {
-    settings.setData(PresetStore::presetsKey(), Preset::encodeList(presets));
+    settings.setData(PresetStore::presetsKey(), *Preset::encodeList(presets));
     if (active)
         settings.setText(PresetStore::activePresetKey(), Preset::idText(*active));
 }
@@ -59,6 +59,8 @@ private Q_SLOTS:
     void addAppendsWithoutChangingTheActivePreset();
     void newPresetTemplate();
     void persistsAcrossInstances();
+    void unencodableTemperatureKeepsTheStoredList_data();
+    void unencodableTemperatureKeepsTheStoredList();
 };
 
 void PresetStoreTest::firstLaunchSeedsTheBuiltIns_data() {
@@ -80,7 +82,7 @@ void PresetStoreTest::firstLaunchSeedsTheBuiltIns() {
     QCOMPARE(presets.activePreset()->name, QStringLiteral("Fix"));
     QCOMPARE(presets.activePreset()->providerID,
              onDevice ? QStringLiteral("onDevice") : QStringLiteral("groq"));
-    QCOMPARE(settings.data(PresetStore::presetsKey()), Preset::encodeList(presets.presets()));
+    QCOMPARE(settings.data(PresetStore::presetsKey()), *Preset::encodeList(presets.presets()));
     QCOMPARE(settings.text(PresetStore::activePresetKey()),
              Preset::idText(presets.presets().first().id));
 }
@@ -103,7 +105,7 @@ void PresetStoreTest::loadingFallsBack_data() {
     QTest::addColumn<int>("activeIndex"); // -1: none
 
     const QList<Preset> two = lettered(QStringLiteral("AB"));
-    const QByteArray good = Preset::encodeList(two);
+    const QByteArray good = *Preset::encodeList(two);
     QTest::newRow("stored active") << good << Preset::idText(two[1].id) << 2 << 1;
     QTest::newRow("active names nothing") << good << Preset::idText(QUuid::createUuid()) << 2 << 0;
     QTest::newRow("active is not a UUID") << good << "yesterday" << 2 << 0;
@@ -331,6 +333,31 @@ void PresetStoreTest::persistsAcrossInstances() {
     PresetStore again(settings);
     QCOMPARE(again.presets().size(), 3);
     QCOMPARE(again.activePreset()->name, QStringLiteral("Improve Prompt"));
+}
+
+void PresetStoreTest::unencodableTemperatureKeepsTheStoredList_data() {
+    QTest::addColumn<double>("temperature");
+    QTest::newRow("NaN") << qQNaN();
+    QTest::newRow("infinity") << qInf();
+    QTest::newRow("negative infinity") << -qInf();
+}
+
+void PresetStoreTest::unencodableTemperatureKeepsTheStoredList() {
+    QFETCH(double, temperature);
+    InMemorySettingsStore settings;
+    const QList<Preset> initial = lettered(QStringLiteral("AB"));
+    store(settings, initial, initial[0].id);
+    const std::optional<QByteArray> before = settings.data(PresetStore::presetsKey());
+    PresetStore presets(settings);
+
+    Preset odd = initial[1];
+    odd.temperature = temperature;
+    presets.update(odd);
+    presets.activate(initial[1].id);
+    QCOMPARE(settings.data(PresetStore::presetsKey()), before);
+    QVERIFY(before && !before->contains("null"));
+    QCOMPARE(settings.text(PresetStore::activePresetKey()), Preset::idText(initial[1].id));
+    QCOMPARE(PresetStore(settings).presets(), initial);
 }
 
 QTEST_GUILESS_MAIN(PresetStoreTest)

@@ -60,6 +60,17 @@ void WireFormatTest::bodyIsByteExact_data() {
                       "{\"role\":\"user\",\"content\":\"Apply your instructions to the content of "
                       "<input> and return only the result.\\n\\n<input>\\ncaf\xc3\xa9\\n<\\/"
                       "input>\"}]}");
+    // JSON cannot hold these; the body never carries null instead.
+    for (const double odd : {qQNaN(), qInf(), -qInf()}) {
+        CompletionInput unencodable = bare;
+        unencodable.temperature = odd;
+        QTest::newRow(qPrintable(QStringLiteral("temperature %1 is left out").arg(odd)))
+            << unencodable
+            << QByteArray(R"({"model":"llama3","max_tokens":4096,"stream":true,"messages":[)"
+                          R"({"role":"system","content":"Fix it."},)"
+                          R"({"role":"user","content":"Apply your instructions to the content of )"
+                          R"(<input> and return only the result.\n\n<input>\nabc\n<\/input>"}]})");
+    }
 }
 
 void WireFormatTest::bodyIsByteExact() {
