@@ -1,6 +1,7 @@
 #include "pipeline/OutputCleaning.h"
 
-#include <QTextBoundaryFinder>
+#include "support/GraphemeBreaks.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -22,27 +23,17 @@ bool isLineBreakScalar(char32_t c) {
            c == 0x2029;
 }
 
-// Qt's finder splits a CR LF pair once a complex-script letter (Malayalam,
-// Devanagari, Thai, ...) has appeared earlier in the same run, though the pair
-// is always one character. Such a split is skipped here.
-bool isSplitCarriageReturnLineFeed(QStringView text, qsizetype position) {
+bool isCarriageReturnLineFeed(QStringView text, qsizetype position) {
     return position > 0 && position < text.size() && text[position - 1] == u'\r' &&
            text[position] == u'\n';
 }
 
-qsizetype nextGraphemeBoundary(QTextBoundaryFinder& finder, QStringView text) {
-    qsizetype next = finder.toNextBoundary();
-    while (next >= 0 && isSplitCarriageReturnLineFeed(text, next))
-        next = finder.toNextBoundary();
-    return next;
-}
-
 // The UTF-16 offset just past the first `count` grapheme clusters.
 qsizetype offsetAfterGraphemes(const QString& text, qsizetype count) {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    GraphemeBreaks breaks(text);
     qsizetype position = 0;
     for (qsizetype i = 0; i < count; ++i) {
-        const qsizetype next = nextGraphemeBoundary(finder, text);
+        const qsizetype next = breaks.next();
         if (next < 0)
             return text.size();
         position = next;
@@ -51,13 +42,7 @@ qsizetype offsetAfterGraphemes(const QString& text, qsizetype count) {
 }
 
 bool isGraphemeBoundary(const QString& text, qsizetype position) {
-    if (position <= 0 || position >= text.size())
-        return true;
-    if (isSplitCarriageReturnLineFeed(text, position))
-        return false;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    finder.setPosition(position);
-    return finder.isAtBoundary();
+    return GraphemeBreaks(text).isBoundary(position);
 }
 
 // Prefix and suffix tests by whole characters: a quote carrying a combining
@@ -148,13 +133,7 @@ const QStringList& prefaceList() {
 }
 
 qsizetype graphemeCount(QStringView text) {
-    if (text.isEmpty())
-        return 0;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
-    qsizetype count = 0;
-    while (nextGraphemeBoundary(finder, text) >= 0)
-        ++count;
-    return count;
+    return GraphemeBreaks::count(text);
 }
 
 QString trimmedWhitespaceAndNewlines(const QString& text) {
@@ -238,7 +217,7 @@ qsizetype lineBreakCount(const QString& text) {
     // None of the line-break scalars lies outside the BMP.
     qsizetype count = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (isLineBreakScalar(text[i].unicode()) && !isSplitCarriageReturnLineFeed(text, i))
+        if (isLineBreakScalar(text[i].unicode()) && !isCarriageReturnLineFeed(text, i))
             ++count;
     }
     return count;
