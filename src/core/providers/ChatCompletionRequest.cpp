@@ -1,5 +1,7 @@
 #include "providers/ChatCompletionRequest.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <cmath>
 
 #include "providers/ModelRules.h"
@@ -44,7 +46,9 @@ QByteArray ChatCompletionRequest::encode() const {
     body.insert(QStringLiteral("model"), model);
     if (temperature && std::isfinite(*temperature))
         body.insert(QStringLiteral("temperature"), *temperature);
-    body.insert(QStringLiteral("max_tokens"), maxTokens);
+    body.insert(budgetAsMaxCompletionTokens ? QStringLiteral("max_completion_tokens")
+                                            : QStringLiteral("max_tokens"),
+                maxTokens);
     body.insert(QStringLiteral("stream"), stream);
     JsonValue list = JsonValue::array();
     for (const Message& message : messages) {
@@ -57,6 +61,14 @@ QByteArray ChatCompletionRequest::encode() const {
     if (reasoningEffort)
         body.insert(QStringLiteral("reasoning_effort"), *reasoningEffort);
     return JsonWriter::write(body);
+}
+
+bool ChatCompletionRequest::refusesMaxTokens(const QByteArray& errorBody) {
+    const QJsonObject error =
+        QJsonDocument::fromJson(errorBody).object().value(QStringLiteral("error")).toObject();
+    return error.value(QStringLiteral("code")).toString() ==
+               QLatin1String("unsupported_parameter") &&
+           error.value(QStringLiteral("param")).toString() == QLatin1String("max_tokens");
 }
 
 } // namespace scrivel

@@ -62,6 +62,7 @@ public:
                 failWith(key.error());
                 return;
             }
+            m_resolvedKey = *key;
             send(*key);
         });
     }
@@ -111,6 +112,8 @@ private:
     void done(const ProviderRequest::Outcome& outcome) {
         switch (outcome.kind) {
         case ProviderRequest::Outcome::Kind::failed:
+            if (shouldResendWithCompletionTokens(outcome))
+                return;
             failWith(outcome.failure);
             return;
         case ProviderRequest::Outcome::Kind::droppedOpen:
@@ -147,6 +150,24 @@ private:
         deleteLater();
     }
 
+    // OpenAI's reasoning models answer 400 "unsupported_parameter" to
+    // "max_tokens": the same request goes once more with the budget as
+    // "max_completion_tokens", which the endpoint then keeps for this model.
+    bool shouldResendWithCompletionTokens(const ProviderRequest::Outcome& outcome) {
+        if (outcome.status != 400 || m_request.budgetAsMaxCompletionTokens ||
+            !ChatCompletionRequest::refusesMaxTokens(outcome.body))
+            return false;
+        qCDebug(rewriteLog).noquote() << privateValue(
+            QStringLiteral("cloud stream resend endpoint=%1 model=%2 budget=max_completion_tokens")
+                .arg(m_provider.m_endpoint.id, m_request.model));
+        m_request.budgetAsMaxCompletionTokens = true;
+        m_provider.m_completionTokenModels.insert(m_request.model);
+        if (m_exchange)
+            m_exchange->deleteLater();
+        send(m_resolvedKey);
+        return true;
+    }
+
     void failWith(const ProviderConnectionFailure& failure) {
         qCDebug(rewriteLog).noquote()
             << privateValue(QStringLiteral("cloud stream failed endpoint=%1 failure=%2")
@@ -164,6 +185,7 @@ private:
     qsizetype m_inputBytes;
     TransformStreamWriter m_writer;
     Future<KeyResult> m_key;
+    std::optional<QString> m_resolvedKey;
     QPointer<ProviderRequest> m_exchange;
     ServerSentEventReader m_reader;
 };
@@ -203,6 +225,7 @@ TransformStream OpenAICompatibleProvider::streamCompletion(const CompletionInput
         writer.fail(TransformFailure::rewrite(request.error()));
         return stream;
     }
+    request->budgetAsMaxCompletionTokens = m_completionTokenModels.contains(request->model);
     auto* job = new ChatStream(*this, std::move(*request), utf8Size(input.userText), writer);
     job->start();
     return stream;

@@ -50,6 +50,8 @@ private Q_SLOTS:
     void modelLists_data();
     void modelLists();
     void legacyKeyIsMigratedOnFirstRead();
+    void refusedMaxTokensIsResentOnce_data();
+    void refusedMaxTokensIsResentOnce();
 
 private:
     ProviderEndpoint
@@ -415,6 +417,55 @@ void OpenAICompatibleProviderTest::legacyKeyIsMigratedOnFirstRead() {
     QCOMPARE(key->value(), std::optional<QString>("old"));
     QCOMPARE(m_modern->items.value(credentialAccount(custom)), QByteArray("old"));
     QVERIFY(!m_modern->items.contains(legacy));
+}
+
+void OpenAICompatibleProviderTest::refusedMaxTokensIsResentOnce_data() {
+    QTest::addColumn<QByteArray>("refusal"); // the 400 body
+    QTest::addColumn<bool>("refusesBoth");   // the server refuses the resend too
+    QTest::addColumn<int>("requests");       // for the first run
+    QTest::addColumn<bool>("completes");
+    const QByteArray maxTokens =
+        R"({"error":{"message":"Unsupported parameter: 'max_tokens' is not supported with this )"
+        R"(model. Use 'max_completion_tokens' instead.","type":"invalid_request_error",)"
+        R"("param":"max_tokens","code":"unsupported_parameter"}})";
+    QTest::newRow("refused once") << maxTokens << false << 2 << true;
+    QTest::newRow("refused again: no loop") << maxTokens << true << 2 << false;
+    QTest::newRow("another parameter")
+        << QByteArray(R"({"error":{"param":"temperature","code":"unsupported_parameter"}})")
+        << false << 1 << false;
+    QTest::newRow("not JSON") << QByteArray("max_tokens unsupported_parameter") << false << 1
+                              << false;
+}
+
+void OpenAICompatibleProviderTest::refusedMaxTokensIsResentOnce() {
+    QFETCH(QByteArray, refusal);
+    QFETCH(bool, refusesBoth);
+    QFETCH(int, requests);
+    QFETCH(bool, completes);
+    m_server->setHandler([&](const ScriptedHttpServer::Request& request) {
+        const QJsonObject body = QJsonDocument::fromJson(request.body).object();
+        if (body.contains(QStringLiteral("max_tokens")) || refusesBoth)
+            return ScriptedHttpServer::status(400, refusal, {"Content-Type: application/json"});
+        return ScriptedHttpServer::eventStream(sse({"Fixed."}), true);
+    });
+    OpenAICompatibleProvider provider(endpoint(), *m_keys);
+    const StreamRun first = run(provider);
+    QCOMPARE(m_server->requests().size(), requests);
+    if (!completes) {
+        QCOMPARE(*first.end, std::optional(TransformFailure::rewrite(
+                                 RewriteError::modelFailed("The provider returned error 400."))));
+        return;
+    }
+    QCOMPARE(*first.end, std::optional<TransformFailure>());
+    QCOMPARE(first.completed, std::optional<QString>("Fixed."));
+    const QJsonObject resent = QJsonDocument::fromJson(m_server->requests()[1].body).object();
+    QVERIFY(!resent.contains(QStringLiteral("max_tokens")));
+    QCOMPARE(resent.value(QStringLiteral("max_completion_tokens")).toInt(), 4096);
+
+    // The endpoint remembers the choice for this model: one request now.
+    const StreamRun second = run(provider);
+    QCOMPARE(second.completed, std::optional<QString>("Fixed."));
+    QCOMPARE(m_server->requests().size(), 3);
 }
 
 QTEST_GUILESS_MAIN(OpenAICompatibleProviderTest)
