@@ -6,6 +6,7 @@
 #include "providers/ModelRules.h"
 #include "providers/ProviderCatalog.h"
 #include "providers/ServerSentEventReader.h"
+#include "providers/ThinkBlockFilter.h"
 #include "support/Log.h"
 
 #include <QCoreApplication>
@@ -91,7 +92,9 @@ private:
 
     bool read(QByteArrayView bytes) {
         if (m_reader.feed(bytes, [this] {
-                m_writer.push(TransformStreamEvent::partial(m_reader.reply().snapshot()));
+                if (m_thinkBlock.update(m_reader.reply()))
+                    m_writer.push(
+                        TransformStreamEvent::partial(m_thinkBlock.visible(m_reader.reply())));
             }))
             return true;
         if (m_reader.state() == ServerSentEventReader::State::serverError) {
@@ -135,7 +138,8 @@ private:
                 "The reply was cut short by the provider’s length limit. Try a shorter text."))));
             return;
         }
-        const QString reply = trimmedWhitespaceAndNewlines(m_reader.reply().view().toString());
+        const QString reply =
+            trimmedWhitespaceAndNewlines(m_thinkBlock.visible(m_reader.reply()).view().toString());
         if (reply.isEmpty()) {
             end(TransformFailure::rewrite(RewriteError::modelFailed(
                 QCoreApplication::translate("RewriteCoordinator", "Empty model response"))));
@@ -188,6 +192,7 @@ private:
     std::optional<QString> m_resolvedKey;
     QPointer<ProviderRequest> m_exchange;
     ServerSentEventReader m_reader;
+    ThinkBlockFilter m_thinkBlock;
 };
 
 OpenAICompatibleProvider::OpenAICompatibleProvider(const ProviderEndpoint& endpoint,

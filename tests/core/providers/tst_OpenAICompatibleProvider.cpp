@@ -51,6 +51,8 @@ private Q_SLOTS:
     void modelLists();
     void legacyKeyIsMigratedOnFirstRead();
     void refusedMaxTokensIsResentOnce_data();
+    void leadingThinkBlockIsDropped_data();
+    void leadingThinkBlockIsDropped();
     void refusedMaxTokensIsResentOnce();
 
 private:
@@ -466,6 +468,51 @@ void OpenAICompatibleProviderTest::refusedMaxTokensIsResentOnce() {
     const StreamRun second = run(provider);
     QCOMPARE(second.completed, std::optional<QString>("Fixed."));
     QCOMPARE(m_server->requests().size(), 3);
+}
+
+void OpenAICompatibleProviderTest::leadingThinkBlockIsDropped_data() {
+    QTest::addColumn<QStringList>("pieces");
+    QTest::addColumn<QString>("completed"); // null: "Empty model response"
+    QTest::addColumn<QString>("firstPartial");
+    QTest::newRow("block, then the text")
+        << QStringList{"<think>", "reasoning about it", "</think>", "\n\n", "The ", "cat."}
+        << "The cat."
+        << "The ";
+    QTest::newRow("tags cut into pieces")
+        << QStringList{"\n<th", "ink>reasoning</th", "ink>  Fixed", " text"} << "Fixed text"
+        << "Fixed";
+    QTest::newRow("all in one piece") << QStringList{"<think>reasoning</think>Done."} << "Done."
+                                      << "Done.";
+    QTest::newRow("never closed") << QStringList{"<think>", "reasoning forever"} << QString()
+                                  << QString();
+    QTest::newRow("a block later on stays")
+        << QStringList{"Keep ", "<think>this</think>"} << "Keep <think>this</think>"
+        << "Keep ";
+    QTest::newRow("a look-alike start stays") << QStringList{"<thin", "g> tag"} << "<thing> tag"
+                                              << "<thing> tag";
+}
+
+void OpenAICompatibleProviderTest::leadingThinkBlockIsDropped() {
+    QFETCH(QStringList, pieces);
+    QFETCH(QString, completed);
+    QFETCH(QString, firstPartial);
+    m_server->setHandler([&](const ScriptedHttpServer::Request&) {
+        return ScriptedHttpServer::eventStream(sse(pieces), true, 5, 1);
+    });
+    OpenAICompatibleProvider provider(endpoint(), *m_keys);
+    const StreamRun result = run(provider);
+    for (const QString& partial : result.partials)
+        QVERIFY2(!partial.contains(QStringLiteral("reasoning")), qPrintable(partial));
+    if (completed.isNull()) {
+        QVERIFY(result.partials.isEmpty());
+        QCOMPARE(*result.end, std::optional(TransformFailure::rewrite(
+                                  RewriteError::modelFailed("Empty model response"))));
+        return;
+    }
+    QCOMPARE(*result.end, std::optional<TransformFailure>());
+    QCOMPARE(result.completed, std::optional(completed));
+    QVERIFY(!result.partials.isEmpty());
+    QCOMPARE(result.partials.first(), firstPartial);
 }
 
 QTEST_GUILESS_MAIN(OpenAICompatibleProviderTest)
