@@ -1,6 +1,6 @@
 #include "providers/APIKeyStore.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
 #include "support/Log.h"
 
 #include <QStringDecoder>

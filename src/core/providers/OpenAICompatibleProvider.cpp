@@ -1,6 +1,6 @@
 #include "providers/OpenAICompatibleProvider.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
 #include "providers/ChatCompletionRequest.h"
 #include "providers/ModelListResponse.h"
 #include "providers/ModelRules.h"
