@@ -1,6 +1,117 @@
+#include "AppDelegate.h"
+#include "SingleInstance.h"
+#include "linux/LinuxServices.h"
+#include "linux/LogindWakeObserver.h"
+#include "linux/QtClipboard.h"
+#include "linux/X11Desktop.h"
+
 #include <QApplication>
+#include <QCommandLineParser>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QLoggingCategory>
+#include <QNetworkProxyFactory>
+#include <QTimer>
+#include <QWidget>
+
+#include <cstdio>
+
+namespace {
+
+// QApplication aborts with a core dump when it finds no display; say it in
+// one line instead, before anything is read or written.
+bool hasDisplay(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (qstrcmp(argv[i], "-platform") == 0)
+            return true;
+    }
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    if (!platform.isEmpty() && !platform.startsWith("xcb") && !platform.startsWith("wayland"))
+        return true;
+    return !qEnvironmentVariableIsEmpty("DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+bool wantsVersionOrHelp(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        if (argument == "--help" || argument == "-h" || argument == "--version" || argument == "-v")
+            return true;
+    }
+    return false;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
+    if (!wantsVersionOrHelp(argc, argv) && !hasDisplay(argc, argv)) {
+        std::fputs("scrivel: no display found (DISPLAY and WAYLAND_DISPLAY are unset); start "
+                   "Scrivel from a desktop session.\n",
+                   stderr);
+        return 1;
+    }
+    QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
+    QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.scrivel.app"));
     QApplication app(argc, argv);
-    return 0;
+    QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/scrivel.svg")));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Rewrites text with a language model from a floating panel."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption toggle(
+        QStringLiteral("toggle"),
+        QStringLiteral("Show or hide the panel of the running Scrivel (starting it if needed). "
+                       "Bind this to a desktop shortcut where global shortcuts are unavailable."));
+    parser.addOption(toggle);
+    parser.process(app);
+
+    if (qEnvironmentVariableIntValue("SCRIVEL_LOG") != 1)
+        QLoggingCategory::setFilterRules(QStringLiteral("com.scrivel.*=false"));
+    QNetworkProxyFactory::setUseSystemConfiguration(true);
+
+    scrivel::SingleInstance instance;
+    const scrivel::SingleInstance::Role role = instance.claim();
+    if (role == scrivel::SingleInstance::Role::secondary) {
+        const bool answered = instance.forward(parser.isSet(toggle) ? QStringLiteral("Toggle")
+                                                                    : QStringLiteral("Activate"));
+        if (!answered) {
+            std::fputs("scrivel: the running Scrivel did not answer.\n", stderr);
+            return 1;
+        }
+        return 0;
+    }
+    if (role == scrivel::SingleInstance::Role::standalone)
+        std::fputs("scrivel: no session bus; running without the single-instance check, and "
+                   "`scrivel --toggle` cannot reach this instance.\n",
+                   stderr);
+
+    scrivel::LinuxServices services;
+    scrivel::QtClipboard clipboard;
+    scrivel::LogindWakeObserver wakeObserver;
+    scrivel::PanelWindowTraits panelTraits;
+    panelTraits.composited = scrivel::X11Desktop::compositorRunning();
+    panelTraits.prepareWindow = [](QWidget* window) {
+        scrivel::X11Desktop::markAsFloatingPanel(window->winId());
+    };
+
+    scrivel::AppDelegate delegate(services, clipboard, &wakeObserver, panelTraits);
+    QObject::connect(&instance, &scrivel::SingleInstance::activateRequested, &delegate,
+                     &scrivel::AppDelegate::activate);
+    QObject::connect(&instance, &scrivel::SingleInstance::toggleRequested, &delegate,
+                     &scrivel::AppDelegate::togglePanel);
+    if (parser.isSet(toggle)) {
+        // Started by --toggle with no Scrivel running: open the panel once the
+        // launch is done, unless the first launch has already shown it.
+        QObject::connect(&delegate, &scrivel::AppDelegate::launched, &delegate, [&delegate] {
+            if (!delegate.fixPanel()->isPanelVisible())
+                delegate.togglePanel();
+        });
+    }
+    delegate.applicationDidFinishLaunching();
+    return app.exec();
 }

@@ -1,9 +1,12 @@
 #include "CliApplication.h"
 
-#include "CliServices.h"
 #include "ClipboardHolder.h"
+#include "DraftDisplay.h"
 #include "ExitCode.h"
+#include "Hints.h"
+#include "PresetLookup.h"
 #include "Terminal.h"
+#include "linux/LinuxServices.h"
 #include "pipeline/OutputCleaning.h"
 #include "presets/PresetTransfer.h"
 #include "presets/ShippedPacks.h"
@@ -11,6 +14,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 #include <QEventLoop>
 #include <QFileInfo>
 
@@ -29,7 +33,9 @@ const char* overview =
     "  rewrite [--preset NAME|ID] [--copy] [FILE]   rewrite FILE or standard input\n"
     "  presets                                      list the presets (* marks the active one)\n"
     "  presets use NAME|ID                          make a preset active\n"
-    "  presets export [NAME|ID...] FILE             export presets as a pack\n"
+    "  presets edit NAME|ID [--model MODEL] [--base-url URL]\n"
+    "                                               change a preset's model or base URL\n"
+    "  presets export [NAME|ID...] FILE [--force]   export presets as a pack\n"
     "  presets import FILE                          import a pack\n"
     "  presets packs                                list the packs that ship with Scrivel\n"
     "  presets add-pack NAME                        add a shipped pack's presets as copies\n"
@@ -38,7 +44,7 @@ const char* overview =
     "  models PROVIDER [--base-url URL]             list a provider's chat models\n"
     "  status                                       the active preset's readiness\n"
     "\n"
-    "Run 'scrivel-cli <command> --help' for a command's options.\n"
+    "Run 'scrivel-cli help <command>' for a command's options.\n"
     "\n"
     "Exit codes: 0 success, 1 other failure, 2 usage error, 3 preset not runnable,\n"
     "4 provider failure, 130 cancelled.\n";
@@ -77,7 +83,10 @@ struct CommandParser {
     CommandParser(const QString& name, const QString& description, const QString& syntax)
         : usage(QStringLiteral("Usage: scrivel-cli %1 [options] %2").arg(name, syntax).trimmed()) {
         parser.setApplicationDescription(description);
-        parser.addHelpOption();
+        // Qt's own help option would also list --help-all, which shows Qt's
+        // internal options.
+        parser.addOption(QCommandLineOption({QStringLiteral("h"), QStringLiteral("help")},
+                                            QStringLiteral("Shows this help.")));
         parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsOptions);
     }
 
@@ -97,26 +106,6 @@ struct CommandParser {
         return std::nullopt;
     }
 };
-
-// A preset by identifier, exact name, or a name that matches one preset
-// ignoring case.
-std::optional<Preset> findPreset(const PresetStore& store, const QString& nameOrID) {
-    if (const auto id = Preset::parseID(nameOrID); id)
-        return store.preset(*id);
-    for (const Preset& preset : store.presets()) {
-        if (preset.name == nameOrID)
-            return preset;
-    }
-    std::optional<Preset> match;
-    for (const Preset& preset : store.presets()) {
-        if (preset.name.compare(nameOrID, Qt::CaseInsensitive) == 0) {
-            if (match)
-                return std::nullopt;
-            match = preset;
-        }
-    }
-    return match;
-}
 
 int exitCodeFor(const RewriteError& error) {
     switch (error.kind()) {
@@ -145,12 +134,35 @@ int exitCodeFor(const ProviderConnectionFailure& failure) {
     }
 }
 
-// The endpoint named on a key or models command line.
-std::optional<ProviderEndpoint> endpointFromArguments(const QString& provider,
-                                                      const QString& baseURL) {
-    if (provider == customProviderID())
-        return resolveEndpoint(provider, baseURL.isEmpty() ? std::nullopt : std::optional(baseURL));
-    return catalogEndpoint(provider);
+QString providerList();
+
+// The endpoint named on a key or models command line, or the message that
+// says why there is none.
+std::expected<ProviderEndpoint, QString> endpointFromArguments(const QString& provider,
+                                                               const QString& baseURL) {
+    if (provider == customProviderID()) {
+        if (const auto endpoint = resolveEndpoint(
+                provider, baseURL.isEmpty() ? std::nullopt : std::optional(baseURL)))
+            return *endpoint;
+        return std::unexpected(Hints::baseURLProblem(baseURL) +
+                               QStringLiteral("\nName it with --base-url URL."));
+    }
+    if (const auto endpoint = catalogEndpoint(provider))
+        return *endpoint;
+    return std::unexpected(
+        QStringLiteral("Unknown provider \"%1\". Providers: %2.").arg(provider, providerList()));
+}
+
+// "1 preset", "2 presets".
+QString presetCount(qsizetype count) {
+    return count == 1 ? QStringLiteral("1 preset") : QStringLiteral("%1 presets").arg(count);
+}
+
+// A message, and on the next line the command that fixes it, if any.
+void writeProblem(const QString& message, const QString& hint) {
+    write(stderr, message + QStringLiteral("\n"));
+    if (!hint.isEmpty())
+        write(stderr, hint + QStringLiteral("\n"));
 }
 
 // --base-url, shared by the commands that name a provider.
@@ -172,10 +184,22 @@ QString providerList() {
 class CommandLineTransferUI : public PresetTransferUI {
 public:
     QString path;
+    bool overwrite = false;
     bool failed = false;
+    QString refusedExisting; // the file left alone because it exists
 
     std::optional<QString> chooseImportFile() override { return path; }
-    std::optional<QString> chooseExportFile(const QString&) override { return path; }
+    // A folder gets the proposed file name; an existing file is replaced only
+    // when asked to.
+    std::optional<QString> chooseExportFile(const QString& proposedFileName) override {
+        if (QFileInfo(path).isDir())
+            path = QDir(path).filePath(proposedFileName);
+        if (QFileInfo::exists(path) && !overwrite) {
+            refusedExisting = path;
+            return std::nullopt;
+        }
+        return path;
+    }
     void showFailure(const QString& title, const QString& message) override {
         failed = true;
         write(stderr, title + QStringLiteral(": ") + message + QStringLiteral("\n"));
@@ -184,9 +208,19 @@ public:
 
 } // namespace
 
-CliServices& CliApplication::services() {
-    if (!m_services)
-        m_services = new CliServices; // lives for the process
+LinuxServices& CliApplication::services() {
+    if (!m_services) {
+        m_services = new LinuxServices; // lives for the process
+        // Said once, on the terminal: the damaged file is left for the user
+        // to look at or move aside.
+        m_services->setKeyFileDamageHandler([](const QString& path) {
+            write(stderr, QStringLiteral("The private key file “%1” is damaged and can’t be read. "
+                                         "It was left as it is; move it aside to store keys in a "
+                                         "new one.\n")
+                              .arg(path));
+        });
+        m_services->presets().seedIfEmpty(m_services->onDeviceModel().availability().isAvailable());
+    }
     return *m_services;
 }
 
@@ -198,6 +232,8 @@ int CliApplication::run(const QStringList& arguments) {
               QStringLiteral("scrivel-cli %1\n").arg(QCoreApplication::applicationVersion()));
         return success;
     }
+    if (command == QLatin1String("help") && arguments.size() > 2)
+        return run(QStringList{arguments.value(0), arguments[2], QStringLiteral("--help")});
     if (command.isEmpty() || command == QLatin1String("--help") || command == QLatin1String("-h") ||
         command == QLatin1String("help")) {
         write(command.isEmpty() ? stderr : stdout, QString::fromUtf8(overview));
@@ -240,6 +276,27 @@ int CliApplication::rewrite(const QStringList& arguments) {
         return usageError;
     }
 
+    // The preset first: a wrong name should not cost the user their typing.
+    PresetStore& store = services().presets();
+    std::optional<Preset> preset;
+    if (command.parser.isSet(presetOption)) {
+        auto found = findPreset(store, command.parser.value(presetOption));
+        if (!found) {
+            write(stderr, found.error() + QStringLiteral("\n"));
+            return usageError;
+        }
+        preset = *found;
+    } else {
+        preset = store.activePreset();
+    }
+    if (!preset) {
+        writeProblem(QStringLiteral("There are no presets."),
+                     Hints::forReason(UnavailableReason::misconfigured({}), std::nullopt));
+        return usageError;
+    }
+
+    if (files.isEmpty() && Terminal::isTerminal(stdin))
+        write(stderr, QStringLiteral("Type or paste text, then Ctrl-D\n"));
     const auto bytes = Terminal::readAll(files.value(0));
     if (!bytes) {
         write(stderr, QStringLiteral("Couldn’t read %1.\n")
@@ -248,33 +305,17 @@ int CliApplication::rewrite(const QStringList& arguments) {
     }
     const QString input = QString::fromUtf8(*bytes);
 
-    PresetStore& store = services().presets();
-    std::optional<Preset> preset = command.parser.isSet(presetOption)
-                                       ? findPreset(store, command.parser.value(presetOption))
-                                       : store.activePreset();
-    if (!preset) {
-        write(stderr, command.parser.isSet(presetOption)
-                          ? QStringLiteral("No preset \"%1\". See 'scrivel-cli presets'.\n")
-                                .arg(command.parser.value(presetOption))
-                          : QStringLiteral("There are no presets.\n"));
-        return usageError;
-    }
-
-    // The reply streams to standard error on a terminal: print what is new.
-    const bool showStream = Terminal::isTerminal(stderr);
-    qsizetype shown = 0;
-    auto onPartial = [&](const TextSnapshot& text) {
-        if (!showStream)
-            return;
-        write(stderr, text.view().mid(shown).toString());
-        shown = text.size();
-    };
+    // On a terminal the reply streams in as a dimmed draft on standard error,
+    // which goes away when the cleaned result (or the error) is printed.
+    DraftDisplay draft;
+    auto onPartial = [&](const TextSnapshot& text) { draft.show(text.view().toString()); };
     Future<RewriteCoordinator::Result> run =
         services().coordinator().rewrite(input, *preset, onPartial);
     bool interrupted = false;
     const auto result = await(run, &interrupted);
-    if (showStream && shown > 0)
-        write(stderr, QStringLiteral("\n"));
+    const bool succeeded = result && *result;
+    draft.finish(succeeded ? QStringLiteral("Result:")
+                           : QStringLiteral("The draft above was not used."));
     if (interrupted || !result) {
         run.cancel(); // aborts the request; nothing is written
         write(stderr, QStringLiteral("Cancelled.\n"));
@@ -288,7 +329,8 @@ int CliApplication::rewrite(const QStringList& arguments) {
         }
         const RewriteError error = failure.error().value_or(
             RewriteError::modelFailed(QStringLiteral("Couldn’t transform this text. Try again.")));
-        write(stderr, error.panelMessage() + QStringLiteral("\n"));
+        writeProblem(error.panelMessage(),
+                     error.reason() ? Hints::forReason(*error.reason(), preset) : QString());
         return exitCodeFor(error);
     }
 
@@ -299,13 +341,21 @@ int CliApplication::rewrite(const QStringList& arguments) {
     }
     const QString text = (*result)->text();
     write(stdout, text.endsWith(QLatin1Char('\n')) ? text : text + QLatin1Char('\n'));
+    // The result is on standard output already: a failed copy is a warning.
     if (command.parser.isSet(copyOption)) {
-        if (!ClipboardHolder::copyInBackground(text)) {
+        switch (ClipboardHolder::copyInBackground(text)) {
+        case ClipboardHolder::Outcome::copied:
+            write(stderr, QStringLiteral("Copied.\n"));
+            break;
+        case ClipboardHolder::Outcome::noDisplay:
+            write(stderr, QStringLiteral("Not copied: there is no display to hold a clipboard "
+                                         "(DISPLAY is not set).\n"));
+            break;
+        case ClipboardHolder::Outcome::failed:
             write(stderr,
                   QStringLiteral("Couldn’t copy the result. Select and copy it manually.\n"));
-            return otherFailure;
+            break;
         }
-        write(stderr, QStringLiteral("Copied.\n"));
     }
     return success;
 }
@@ -313,8 +363,17 @@ int CliApplication::rewrite(const QStringList& arguments) {
 int CliApplication::presets(const QStringList& arguments) {
     CommandParser command(QStringLiteral("presets"),
                           QStringLiteral("Lists and manages presets and packs."),
-                          QStringLiteral("[use NAME|ID | export [NAME|ID...] FILE | import FILE "
-                                         "| packs | add-pack NAME]"));
+                          QStringLiteral("[use NAME|ID | edit NAME|ID | export [NAME|ID...] FILE "
+                                         "| import FILE | packs | add-pack NAME]"));
+    const QCommandLineOption forceOption(QStringLiteral("force"),
+                                         QStringLiteral("export: replace FILE if it exists."));
+    const QCommandLineOption modelOption(QStringLiteral("model"),
+                                         QStringLiteral("edit: the model to use."),
+                                         QStringLiteral("MODEL"));
+    const QCommandLineOption baseURL = baseURLOption();
+    command.parser.addOption(forceOption);
+    command.parser.addOption(modelOption);
+    command.parser.addOption(baseURL);
     if (const auto code = command.parse(arguments))
         return *code;
     const QStringList words = command.parser.positionalArguments();
@@ -341,11 +400,52 @@ int CliApplication::presets(const QStringList& arguments) {
         }
         const auto preset = findPreset(store, words[1]);
         if (!preset) {
-            write(stderr, QStringLiteral("No preset \"%1\".\n").arg(words[1]));
+            write(stderr, preset.error() + QStringLiteral("\n"));
             return usageError;
         }
         store.activate(preset->id);
         write(stdout, QStringLiteral("Active preset: %1\n").arg(preset->name));
+        return success;
+    }
+    if (action == QLatin1String("edit")) {
+        const bool changesModel = command.parser.isSet(modelOption);
+        const bool changesURL = command.parser.isSet(baseURL);
+        if (words.size() != 2 || (!changesModel && !changesURL)) {
+            write(stderr, QStringLiteral("Usage: scrivel-cli presets edit NAME|ID "
+                                         "[--model MODEL] [--base-url URL]\n"));
+            return usageError;
+        }
+        auto preset = findPreset(store, words[1]);
+        if (!preset) {
+            write(stderr, preset.error() + QStringLiteral("\n"));
+            return usageError;
+        }
+        if (changesModel) {
+            const QString model = trimmedWhitespaceAndNewlines(command.parser.value(modelOption));
+            if (model.isEmpty() && preset->providerID != Preset::onDeviceProviderID()) {
+                write(stderr, QStringLiteral("Give a model, such as one that 'scrivel-cli models "
+                                             "%1' lists.\n")
+                                  .arg(preset->providerID));
+                return usageError;
+            }
+            preset->model = model;
+        }
+        if (changesURL) {
+            if (preset->providerID != customProviderID()) {
+                write(stderr, QStringLiteral("Only presets of the custom provider have a base "
+                                             "URL; \"%1\" uses %2.\n")
+                                  .arg(preset->name, providerDisplayName(*preset)));
+                return usageError;
+            }
+            const QString url = command.parser.value(baseURL);
+            if (!resolveEndpoint(customProviderID(), url)) {
+                write(stderr, Hints::baseURLProblem(url) + QStringLiteral("\n"));
+                return usageError;
+            }
+            preset->customBaseURL = trimmedWhitespaceAndNewlines(url);
+        }
+        store.update(*preset);
+        write(stdout, QStringLiteral("Updated %1.\n").arg(preset->name));
         return success;
     }
     if (action == QLatin1String("export")) {
@@ -355,20 +455,37 @@ int CliApplication::presets(const QStringList& arguments) {
         }
         CommandLineTransferUI ui;
         ui.path = words.last();
+        ui.overwrite = command.parser.isSet(forceOption);
         bool written;
         if (words.size() == 2) {
+            // "export Fix" most likely means the preset, not a file named Fix.
+            if (namesPreset(store, ui.path) && !QFileInfo(ui.path).isDir()) {
+                write(stderr,
+                      QStringLiteral("\"%1\" names a preset. To export it, name the file too:\n"
+                                     "  scrivel-cli presets export %2 FILE\n"
+                                     "To export every preset into a file of that name, write "
+                                     "./%1 instead.\n")
+                          .arg(ui.path, shellQuoted(ui.path)));
+                return usageError;
+            }
             written = PresetTransfer::exportAll(store, ui);
         } else {
             QSet<QUuid> ids;
             for (const QString& name : words.mid(1, words.size() - 2)) {
                 const auto preset = findPreset(store, name);
                 if (!preset) {
-                    write(stderr, QStringLiteral("No preset \"%1\".\n").arg(name));
+                    write(stderr, preset.error() + QStringLiteral("\n"));
                     return usageError;
                 }
                 ids.insert(preset->id);
             }
             written = PresetTransfer::exportSelection(store, ids, ui);
+        }
+        if (!ui.refusedExisting.isEmpty()) {
+            write(stderr, QStringLiteral("%1 already exists; nothing was written. Add --force to "
+                                         "replace it.\n")
+                              .arg(ui.refusedExisting));
+            return otherFailure;
         }
         if (!written)
             return otherFailure;
@@ -384,6 +501,9 @@ int CliApplication::presets(const QStringList& arguments) {
         if (!document) {
             write(stderr, PresetTransfer::failureTitle() + QStringLiteral(": ") +
                               PresetTransfer::message(document.error()) + QStringLiteral("\n"));
+            // What exactly is wrong with the file, for whoever fixes it.
+            if (document.error().packError && !document.error().debugDescription.isEmpty())
+                write(stderr, document.error().debugDescription + QStringLiteral("\n"));
             return otherFailure;
         }
         const auto imported = store.importPack(*document, false);
@@ -393,8 +513,8 @@ int CliApplication::presets(const QStringList& arguments) {
             return otherFailure;
         }
         PresetTransferNotifier::instance().postDidImport(imported->affectedIDs);
-        write(stdout, QStringLiteral("Imported %1 presets: %2 added, %3 replaced.\n")
-                          .arg(imported->added + imported->replaced)
+        write(stdout, QStringLiteral("Imported %1: %2 added, %3 replaced.\n")
+                          .arg(presetCount(imported->added + imported->replaced))
                           .arg(imported->added)
                           .arg(imported->replaced));
         return success;
@@ -402,7 +522,7 @@ int CliApplication::presets(const QStringList& arguments) {
     if (action == QLatin1String("packs")) {
         for (const PresetPackDocument& pack : shippedPacks()) {
             QString line = pack.name.value_or(QStringLiteral("Untitled Pack")) +
-                           QStringLiteral("\t%1 presets").arg(pack.presets.size());
+                           QStringLiteral("\t") + presetCount(pack.presets.size());
             if (pack.description && !pack.description->isEmpty())
                 line += QStringLiteral(". ") + *pack.description;
             write(stdout, line + QStringLiteral("\n"));
@@ -421,9 +541,8 @@ int CliApplication::presets(const QStringList& arguments) {
             PresetTransfer::addShippedPack(store, pack, ui);
             if (ui.failed)
                 return otherFailure;
-            write(stdout, QStringLiteral("Added %1 presets from %2.\n")
-                              .arg(pack.presets.size())
-                              .arg(*pack.name));
+            write(stdout, QStringLiteral("Added %1 from %2.\n")
+                              .arg(presetCount(pack.presets.size()), *pack.name));
             return success;
         }
         write(stderr, QStringLiteral("No shipped pack \"%1\". See 'scrivel-cli presets packs'.\n")
@@ -454,22 +573,25 @@ int CliApplication::key(const QStringList& arguments) {
     }
     const auto endpoint = endpointFromArguments(words[1], command.parser.value(baseURL));
     if (!endpoint) {
-        write(stderr, words[1] == customProviderID()
-                          ? QStringLiteral("Give a valid --base-url for the custom provider.\n")
-                          : QStringLiteral("Unknown provider \"%1\". Providers: %2.\n")
-                                .arg(words[1], providerList()));
+        write(stderr, endpoint.error() + QStringLiteral("\n"));
         return usageError;
     }
     const QString account = credentialAccount(*endpoint);
     APIKeyStore& keys = services().keys();
-    const QString keychainMessage =
-        ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain).message();
+    const ProviderConnectionFailure keychainFailure =
+        ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain);
     // A key-store failure is worded once, as the editor words it.
+    const auto reportKeychain = [&] {
+        writeProblem(keychainFailure.message(), Hints::forFailure(keychainFailure, *endpoint));
+    };
     const auto succeeded = [&](const std::optional<APIKeyProviding::VoidResult>& result) {
         if (result && *result)
             return true;
-        write(stderr,
-              (result ? result->error().saveMessage() : keychainMessage) + QStringLiteral("\n"));
+        // A refused key is the user's to fix; anything else is the store's.
+        if (result && result->error().kind() == KeychainError::Kind::invalidKey)
+            writeProblem(result->error().saveMessage(), {});
+        else
+            reportKeychain();
         return false;
     };
 
@@ -485,21 +607,28 @@ int CliApplication::key(const QStringList& arguments) {
         write(stdout, QStringLiteral("Saved the key for %1.\n").arg(endpoint->displayName));
         return success;
     }
-    if (words[0] == QLatin1String("delete")) {
+    if (words[0] == QLatin1String("delete") || words[0] == QLatin1String("status")) {
+        const auto stored = await(keys.readKey(account));
+        if (!stored || !*stored) {
+            reportKeychain();
+            return otherFailure;
+        }
+        const bool hasKey = bool(**stored);
+        if (words[0] == QLatin1String("status")) {
+            write(stdout,
+                  QStringLiteral("%1: %2\n")
+                      .arg(endpoint->displayName, hasKey ? QStringLiteral("key stored")
+                                                         : QStringLiteral("no key stored")));
+            return success;
+        }
+        if (!hasKey) {
+            write(stdout, QStringLiteral("No key stored for %1; nothing to delete.\n")
+                              .arg(endpoint->displayName));
+            return success;
+        }
         if (!succeeded(await(keys.deleteKey(account))))
             return otherFailure;
         write(stdout, QStringLiteral("Deleted the key for %1.\n").arg(endpoint->displayName));
-        return success;
-    }
-    if (words[0] == QLatin1String("status")) {
-        const auto stored = await(keys.readKey(account));
-        if (!stored || !*stored) {
-            write(stderr, keychainMessage + QStringLiteral("\n"));
-            return otherFailure;
-        }
-        write(stdout, QStringLiteral("%1: %2\n")
-                          .arg(endpoint->displayName, **stored ? QStringLiteral("key stored")
-                                                               : QStringLiteral("no key stored")));
         return success;
     }
     write(stderr, QStringLiteral("Unknown key action \"%1\".\n").arg(words[0]));
@@ -524,8 +653,7 @@ int CliApplication::models(const QStringList& arguments) {
     }
     const auto endpoint = endpointFromArguments(words[0], command.parser.value(baseURL));
     if (!endpoint) {
-        write(stderr, QStringLiteral("Unknown provider or invalid base URL. Providers: %1.\n")
-                          .arg(providerList()));
+        write(stderr, endpoint.error() + QStringLiteral("\n"));
         return usageError;
     }
     Future<OpenAICompatibleProvider::ModelsResult> fetch =
@@ -534,10 +662,11 @@ int CliApplication::models(const QStringList& arguments) {
     const auto result = await(fetch, &interrupted);
     if (interrupted || !result) {
         fetch.cancel();
+        write(stderr, QStringLiteral("Cancelled.\n"));
         return cancelled;
     }
     if (!*result) {
-        write(stderr, result->error().message() + QStringLiteral("\n"));
+        writeProblem(result->error().message(), Hints::forFailure(result->error(), *endpoint));
         return exitCodeFor(result->error());
     }
     for (const QString& model : **result)
@@ -547,13 +676,20 @@ int CliApplication::models(const QStringList& arguments) {
 
 int CliApplication::status(const QStringList& arguments) {
     CommandParser command(QStringLiteral("status"),
-                          QStringLiteral("Shows whether the active preset can run."), QString());
+                          QStringLiteral("Shows whether the active preset can run. Exits with 3 "
+                                         "when it cannot."),
+                          QString());
     if (const auto code = command.parse(arguments))
         return *code;
-    const auto line =
-        await(services().coordinator().readinessLine(services().presets().activePreset()));
+    RewriteCoordinator& coordinator = services().coordinator();
+    const std::optional<Preset> preset = services().presets().activePreset();
+    const auto line = await(coordinator.readinessLine(preset));
+    const auto reason = await(coordinator.unavailableReason(preset));
     write(stdout, line.value_or(QString()) + QStringLiteral("\n"));
-    return success;
+    if (!reason || !*reason)
+        return success;
+    writeProblem((*reason)->message(), Hints::forReason(**reason, preset));
+    return presetNotRunnable;
 }
 
 } // namespace scrivel::cli

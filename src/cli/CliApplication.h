@@ -2,9 +2,11 @@
 
 #include <QStringList>
 
-namespace scrivel::cli {
+namespace scrivel {
+class LinuxServices;
+}
 
-class CliServices;
+namespace scrivel::cli {
 
 // Parses scrivel-cli's command line and runs one command. Returns the exit
 // code.
@@ -19,9 +21,9 @@ private:
     int models(const QStringList& arguments);
     int status(const QStringList& arguments);
 
-    CliServices& services();
+    LinuxServices& services();
 
-    CliServices* m_services = nullptr;
+    LinuxServices* m_services = nullptr;
 };
 
 } // namespace scrivel::cli

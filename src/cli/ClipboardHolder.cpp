@@ -15,18 +15,18 @@
 
 namespace scrivel::cli::ClipboardHolder {
 
-bool copyInBackground(const QString& text) {
+Outcome copyInBackground(const QString& text) {
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
-        return false;
+        return Outcome::noDisplay;
     const QByteArray program = QFile::encodeName(QCoreApplication::applicationFilePath());
     int toHelper[2];
     int fromHelper[2];
     if (::pipe(toHelper) != 0)
-        return false;
+        return Outcome::failed;
     if (::pipe(fromHelper) != 0) {
         ::close(toHelper[0]);
         ::close(toHelper[1]);
-        return false;
+        return Outcome::failed;
     }
     std::fflush(stdout);
     std::fflush(stderr);
@@ -70,7 +70,7 @@ bool copyInBackground(const QString& text) {
     if (toHelper[1] >= 0)
         ::close(toHelper[1]);
     ::close(fromHelper[0]);
-    return copied;
+    return copied ? Outcome::copied : Outcome::failed;
 }
 
 int serve(int argc, char* argv[]) {

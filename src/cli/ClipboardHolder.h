@@ -14,10 +14,12 @@ inline const char* serveCommand() {
     return "__serve-clipboard";
 }
 
+enum class Outcome { copied, noDisplay, failed };
+
 // Starts the helper, hands it the text and waits until it holds the
-// clipboard. True when the clipboard now holds the text (concealed, as the
+// clipboard. copied when the clipboard now holds the text (concealed, as the
 // panel copies it).
-bool copyInBackground(const QString& text);
+Outcome copyInBackground(const QString& text);
 
 // The helper's side: reads the text from standard input, copies it, reports
 // "ok" on standard output and serves the clipboard until it is taken over.

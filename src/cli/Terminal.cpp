@@ -3,7 +3,9 @@
 #include <QFile>
 #include <QSocketNotifier>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
+#include <iterator>
 #include <termios.h>
 #include <unistd.h>
 
@@ -47,22 +49,86 @@ std::optional<QByteArray> readAll(const QString& pathOrDash) {
     return bytes;
 }
 
+namespace {
+
+// The terminal's settings while a secret is typed, so that a signal handler
+// can put them back: a shell such as dash leaves a terminal without echo as
+// the program left it.
+termios savedTerminal{};
+termios quietTerminal{};
+volatile sig_atomic_t terminalIsQuiet = 0;
+constexpr int secretSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
+struct sigaction previousActions[std::size(secretSignals)];
+
+void writeRaw(const char* text) {
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text, std::strlen(text));
+}
+
+void installSecretHandlers();
+
+// Only async-signal-safe calls: tcsetattr, write, sigaction, raise, _exit.
+void secretSignalHandler(int signal) {
+    if (terminalIsQuiet)
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &savedTerminal);
+    if (signal == SIGTSTP) {
+        // Stop with the terminal restored; hide the typing again on resume.
+        struct sigaction defaultAction {};
+        defaultAction.sa_handler = SIG_DFL;
+        ::sigaction(SIGTSTP, &defaultAction, nullptr);
+        sigset_t stop;
+        sigemptyset(&stop);
+        sigaddset(&stop, SIGTSTP);
+        ::sigprocmask(SIG_UNBLOCK, &stop, nullptr);
+        ::raise(SIGTSTP);
+        installSecretHandlers();
+        if (terminalIsQuiet)
+            ::tcsetattr(STDIN_FILENO, TCSANOW, &quietTerminal);
+        return;
+    }
+    if (signal == SIGINT) {
+        writeRaw("\nCancelled.\n");
+        ::_exit(130);
+    }
+    writeRaw("\n");
+    struct sigaction defaultAction {};
+    defaultAction.sa_handler = SIG_DFL;
+    ::sigaction(signal, &defaultAction, nullptr);
+    ::raise(signal);
+    ::_exit(128 + signal);
+}
+
+void installSecretHandlers() {
+    struct sigaction action {};
+    action.sa_handler = secretSignalHandler;
+    action.sa_flags = SA_RESTART; // a stop and resume must not end the read
+    sigemptyset(&action.sa_mask);
+    for (const int signal : secretSignals)
+        ::sigaction(signal, &action, nullptr);
+}
+
+} // namespace
+
 std::optional<QString> readSecretLine(const QString& prompt) {
-    const bool terminal = isTerminal(stdin);
-    termios saved{};
+    const bool terminal = isTerminal(stdin) && ::tcgetattr(STDIN_FILENO, &savedTerminal) == 0;
     if (terminal) {
         write(stderr, prompt);
-        tcgetattr(STDIN_FILENO, &saved);
-        termios quiet = saved;
-        quiet.c_lflag &= ~tcflag_t(ECHO);
-        tcsetattr(STDIN_FILENO, TCSANOW, &quiet);
+        for (size_t i = 0; i < std::size(secretSignals); ++i)
+            ::sigaction(secretSignals[i], nullptr, &previousActions[i]);
+        installSecretHandlers();
+        quietTerminal = savedTerminal;
+        quietTerminal.c_lflag &= ~tcflag_t(ECHO);
+        terminalIsQuiet = 1;
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &quietTerminal);
     }
     QByteArray line;
     int c;
     while ((c = std::fgetc(stdin)) != EOF && c != '\n')
         line.append(char(c));
     if (terminal) {
-        tcsetattr(STDIN_FILENO, TCSANOW, &saved);
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &savedTerminal);
+        terminalIsQuiet = 0;
+        for (size_t i = 0; i < std::size(secretSignals); ++i)
+            ::sigaction(secretSignals[i], &previousActions[i], nullptr);
         write(stderr, QStringLiteral("\n"));
     }
     if (line.isEmpty() && c == EOF)

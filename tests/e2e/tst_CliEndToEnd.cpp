@@ -6,6 +6,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <csignal>
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
 
 using namespace scrivel;
 using test::ScriptedHttpServer;
@@ -33,17 +36,21 @@ private Q_SLOTS:
     void rejectedKeyUsesThePanelWording();
     void missingKeyMakesNoConnection();
     void listsModels();
-    void exportThenImportRoundTrips();
     void keysAreNeverPrinted();
     void interruptCancelsAStalledStream();
     void copyLeavesTheResultOnTheClipboard();
-    void usageErrors_data();
-    void usageErrors();
+    void copyWithoutADisplayStillSucceeds();
+    void exportNeverOverwritesOrTakesAPresetForAFile();
+    void presetNamesIgnoreCaseAndDuplicatesAreListed();
+    void keyPromptRestoresTheTerminalWhenInterrupted();
+    void problemsNameTheirCause_data();
+    void problemsNameTheirCause();
 
 private:
     QProcessEnvironment environment(const QString& home) const;
     Run cli(const QStringList& arguments, const QByteArray& input = {},
-            const QString& home = QString());
+            const QString& home = QString(),
+            const QProcessEnvironment& extra = QProcessEnvironment());
     void addLocalPreset();
 
     std::unique_ptr<QTemporaryDir> m_home;
@@ -69,10 +76,17 @@ QProcessEnvironment CliEndToEndTest::environment(const QString& home) const {
     return env;
 }
 
-Run CliEndToEndTest::cli(const QStringList& arguments, const QByteArray& input,
-                         const QString& home) {
+Run CliEndToEndTest::cli(const QStringList& arguments, const QByteArray& input, const QString& home,
+                         const QProcessEnvironment& extra) {
     QProcess process;
-    process.setProcessEnvironment(environment(home));
+    QProcessEnvironment env = environment(home);
+    for (const QString& name : extra.keys()) {
+        if (extra.value(name).isEmpty())
+            env.remove(name);
+        else
+            env.insert(name, extra.value(name));
+    }
+    process.setProcessEnvironment(env);
     process.start(QStringLiteral(SCRIVEL_CLI_PATH), arguments);
     if (!process.waitForStarted())
         return {};
@@ -103,7 +117,8 @@ void CliEndToEndTest::addLocalPreset() {
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(*pack.encode());
     file.close();
-    QCOMPARE(cli({"presets", "import", path}).exitCode, 0);
+    const Run imported = cli({"presets", "import", path});
+    QCOMPARE(imported.out, QByteArray("Imported 1 preset: 1 added, 0 replaced.\n"));
     QCOMPARE(cli({"presets", "use", "Local"}).exitCode, 0);
 }
 
@@ -153,16 +168,27 @@ void CliEndToEndTest::rejectedKeyUsesThePanelWording() {
     const Run run = cli({"rewrite", "--preset", "Local"}, "text");
     QCOMPARE(run.exitCode, 3);
     QVERIFY(run.out.isEmpty());
-    QCOMPARE(run.err.trimmed(), QByteArray("API key was rejected. Check it in Presets."));
+    // The app's sentence, then the command that fixes it.
+    QCOMPARE(run.err, "API key was rejected. Check it in Presets.\nSave a key with: scrivel-cli "
+                      "key set custom --base-url " +
+                          m_server->url(QStringLiteral("/v1")).toEncoded() + "\n");
 }
 
 void CliEndToEndTest::missingKeyMakesNoConnection() {
     addLocalPreset();
     const Run run = cli({"rewrite", "--preset", "make concise"}, "text");
     QCOMPARE(run.exitCode, 3);
-    QCOMPARE(run.err.trimmed(), QByteArray("Connect this preset to a provider in Presets"));
+    QCOMPARE(run.err, QByteArray("Connect this preset to a provider in Presets\n"
+                                 "Save a key with: scrivel-cli key set groq\n"));
     QVERIFY(m_server->requests().isEmpty());
-    QVERIFY(cli({"status"}).out.contains("Status: Local \xc2\xb7 Ready"));
+    const Run ready = cli({"status"});
+    QCOMPARE(ready.exitCode, 0);
+    QCOMPARE(ready.out, QByteArray("Status: Local \xc2\xb7 Ready\n"));
+    QCOMPARE(cli({"presets", "use", "Fix"}).exitCode, 0);
+    const Run blocked = cli({"status"});
+    QCOMPARE(blocked.exitCode, 3);
+    QCOMPARE(blocked.out, QByteArray("Status: Fix \xc2\xb7 Add API key\n"));
+    QVERIFY(blocked.err.startsWith("Connect this preset to a provider in Presets\n"));
 }
 
 void CliEndToEndTest::listsModels() {
@@ -178,28 +204,6 @@ void CliEndToEndTest::listsModels() {
     QCOMPARE(unknown.exitCode, 2);
 }
 
-void CliEndToEndTest::exportThenImportRoundTrips() {
-    addLocalPreset();
-    const QString first = m_home->filePath(QStringLiteral("all.scrivel.json"));
-    QCOMPARE(cli({"presets", "export", first}).exitCode, 0);
-    QTemporaryDir elsewhere;
-    const Run imported = cli({"presets", "import", first}, {}, elsewhere.path());
-    QCOMPARE(imported.exitCode, 0);
-    QVERIFY(imported.out.contains("4 added, 0 replaced")); // three built-ins replaced? no: new ids
-    const QString second = elsewhere.filePath(QStringLiteral("again.scrivel.json"));
-    QCOMPARE(cli({"presets", "export", second}, {}, elsewhere.path()).exitCode, 0);
-    QFile a(first), b(second);
-    QVERIFY(a.open(QIODevice::ReadOnly) && b.open(QIODevice::ReadOnly));
-    const auto original = PresetPackDocument::decode(a.readAll());
-    const auto again = PresetPackDocument::decode(b.readAll());
-    // The other store kept its own three built-ins and gained the four.
-    QCOMPARE(again->presets.mid(3), original->presets);
-
-    const Run bad = cli({"presets", "import", m_home->filePath("missing.json")});
-    QCOMPARE(bad.exitCode, 1);
-    QVERIFY(bad.err.contains("The pack could not be read. Check the file and try again."));
-}
-
 void CliEndToEndTest::keysAreNeverPrinted() {
     QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
     const Run set = cli({"key", "set", "groq"}, "  gsk-secret-123 \n");
@@ -207,8 +211,10 @@ void CliEndToEndTest::keysAreNeverPrinted() {
     QVERIFY(!set.out.contains("gsk-secret-123") && !set.err.contains("gsk-secret-123"));
     QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: key stored\n"));
     QVERIFY(cli({"status"}).out.contains("Ready"));
-    QCOMPARE(cli({"key", "delete", "groq"}).exitCode, 0);
+    QCOMPARE(cli({"key", "delete", "groq"}).out, QByteArray("Deleted the key for Groq.\n"));
     QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
+    QCOMPARE(cli({"key", "delete", "groq"}).out,
+             QByteArray("No key stored for Groq; nothing to delete.\n"));
     QCOMPARE(cli({"key", "set", "custom"}).exitCode, 2); // no base URL
 }
 
@@ -270,22 +276,158 @@ void CliEndToEndTest::copyLeavesTheResultOnTheClipboard() {
     QTRY_COMPARE_WITH_TIMEOUT(read(QStringLiteral("UTF8_STRING")), QByteArray("other"), 5000);
 }
 
-void CliEndToEndTest::usageErrors_data() {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::newRow("no command") << QStringList{} << 2;
-    QTest::newRow("unknown command") << QStringList{"fly"} << 2;
-    QTest::newRow("unknown preset") << QStringList{"rewrite", "--preset", "Nope"} << 2;
-    QTest::newRow("unknown option") << QStringList{"rewrite", "--fast"} << 2;
-    QTest::newRow("help") << QStringList{"rewrite", "--help"} << 0;
-    QTest::newRow("version") << QStringList{"--version"} << 0;
-    QTest::newRow("empty input") << QStringList{"rewrite"} << 2;
+void CliEndToEndTest::copyWithoutADisplayStillSucceeds() {
+    addLocalPreset();
+    m_server->setHandler([](const auto&) {
+        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Done."), false);
+    });
+    QProcessEnvironment noDisplay;
+    noDisplay.insert(QStringLiteral("DISPLAY"), QString());
+    noDisplay.insert(QStringLiteral("WAYLAND_DISPLAY"), QString());
+    const Run run = cli({"rewrite", "--copy"}, "don", {}, noDisplay);
+    QCOMPARE(run.exitCode, 0); // the result was printed
+    QCOMPARE(run.out, QByteArray("Done.\n"));
+    QVERIFY(run.err.contains("Not copied: there is no display"));
 }
 
-void CliEndToEndTest::usageErrors() {
+void CliEndToEndTest::exportNeverOverwritesOrTakesAPresetForAFile() {
+    QDir::setCurrent(m_home->path());
+    // "Fix" names a preset: not taken as the file name.
+    const Run lone = cli({"presets", "export", "Fix"});
+    QCOMPARE(lone.exitCode, 2);
+    QVERIFY(lone.err.contains("scrivel-cli presets export Fix FILE"));
+    QVERIFY(!QFile::exists(m_home->filePath(QStringLiteral("Fix"))));
+
+    const QString path = m_home->filePath(QStringLiteral("mine.scrivel.json"));
+    QFile existing(path);
+    QVERIFY(existing.open(QIODevice::WriteOnly));
+    existing.write("keep me");
+    existing.close();
+    for (const QStringList& arguments :
+         {QStringList{"presets", "export", path}, QStringList{"presets", "export", "Fix", path}}) {
+        const Run refused = cli(arguments);
+        QCOMPARE(refused.exitCode, 1);
+        QVERIFY(refused.err.contains("Add --force"));
+        QVERIFY(existing.open(QIODevice::ReadOnly));
+        QCOMPARE(existing.readAll(), QByteArray("keep me"));
+        existing.close();
+    }
+    QCOMPARE(cli({"presets", "export", "Fix", path, "--force"}).exitCode, 0);
+    QVERIFY(existing.open(QIODevice::ReadOnly));
+    const auto pack = PresetPackDocument::decode(existing.readAll());
+    QVERIFY(pack);
+    QCOMPARE(pack->presets.size(), 1);
+    QCOMPARE(pack->presets[0].name, QStringLiteral("Fix"));
+
+    // A folder gets the proposed file name.
+    QCOMPARE(cli({"presets", "export", "make concise", m_home->path()}).exitCode, 0);
+    QVERIFY(QFile::exists(m_home->filePath(QStringLiteral("Make Concise.scrivel.json"))));
+}
+
+void CliEndToEndTest::presetNamesIgnoreCaseAndDuplicatesAreListed() {
+    QCOMPARE(cli({"presets", "add-pack", "translation"}).out,
+             QByteArray("Added 4 presets from Translation.\n"));
+    QCOMPARE(cli({"presets", "use", "to french"}).out, QByteArray("Active preset: To French\n"));
+    QCOMPARE(cli({"presets", "add-pack", "Translation"}).exitCode, 0);
+    const QList<QByteArray> lines = cli({"presets"}).out.split('\n');
+    QList<QByteArray> ids;
+    for (const QByteArray& line : lines) {
+        if (line.contains("To French"))
+            ids << line.split('\t').last();
+    }
+    QCOMPARE(ids.size(), 2);
+    for (const QString& name : {QStringLiteral("To French"), QStringLiteral("to FRENCH")}) {
+        const Run ambiguous = cli({"presets", "use", name});
+        QCOMPARE(ambiguous.exitCode, 2);
+        QVERIFY(ambiguous.err.contains(ids[0]) && ambiguous.err.contains(ids[1]));
+        QCOMPARE(cli({"rewrite", "--preset", name}, "text").exitCode, 2);
+    }
+    QCOMPARE(cli({"presets", "use", QString::fromLatin1(ids[1])}).exitCode, 0);
+    QVERIFY(cli({"presets"}).out.contains("* To French\t"));
+}
+
+void CliEndToEndTest::keyPromptRestoresTheTerminalWhenInterrupted() {
+    const int master = ::posix_openpt(O_RDWR | O_NOCTTY);
+    QVERIFY(master >= 0 && ::grantpt(master) == 0 && ::unlockpt(master) == 0);
+    const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY);
+    QVERIFY(terminal >= 0);
+    const auto echoing = [&] {
+        termios mode{};
+        ::tcgetattr(terminal, &mode);
+        return (mode.c_lflag & ECHO) != 0;
+    };
+    QVERIFY(echoing());
+
+    QProcess process;
+    process.setProcessEnvironment(environment({}));
+    process.setChildProcessModifier([terminal] { ::dup2(terminal, STDIN_FILENO); });
+    process.start(QStringLiteral(SCRIVEL_CLI_PATH), {"key", "set", "groq"});
+    QVERIFY(process.waitForStarted());
+    QByteArray prompt;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (prompt += process.readAllStandardError()).contains("API key for Groq:"), 10000);
+    QTRY_VERIFY(!echoing()); // typing is hidden while the prompt waits
+    ::kill(pid_t(process.processId()), SIGINT);
+    QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, 5000);
+    QCOMPARE(process.exitCode(), 130);
+    QVERIFY(echoing());
+    ::close(terminal);
+    ::close(master);
+}
+
+void CliEndToEndTest::problemsNameTheirCause_data() {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("said");
+    const QByteArray noValidatesEdits =
+        R"({"kind":"scrivel.preset-pack","formatVersion":1,"presets":[{"name":"A",)"
+        R"("providerID":"groq","model":"m","instructions":"i"}]})";
+    QTest::newRow("pack member missing")
+        << QStringList{"presets", "import", "FILE"} << noValidatesEdits << 1
+        << QByteArray("not a valid Scrivel preset pack.\npreset 1 of 1: missing member "
+                      "\"validatesEdits\"\n");
+    QTest::newRow("plain http to another host")
+        << QStringList{"models", "custom", "--base-url", "http://192.168.1.20:8080/v1"}
+        << QByteArray() << 2 << QByteArray("only for servers on this computer");
+    QTest::newRow("no key for models")
+        << QStringList{"models", "groq"} << QByteArray() << 3
+        << QByteArray("Enter an API key to connect.\nSave a key with: scrivel-cli key set groq\n");
+    QTest::newRow("help for a command")
+        << QStringList{"help", "rewrite"} << QByteArray() << 0
+        << QByteArray("Usage: scrivel-cli rewrite [options] [FILE]\n");
+    QTest::newRow("no command") << QStringList{} << QByteArray() << 2
+                                << QByteArray("Usage: scrivel-cli <command>");
+    QTest::newRow("unknown command")
+        << QStringList{"fly"} << QByteArray() << 2 << QByteArray("Unknown command \"fly\".");
+    QTest::newRow("unknown preset") << QStringList{"rewrite", "--preset", "Nope"} << QByteArray()
+                                    << 2 << QByteArray("No preset \"Nope\".");
+    QTest::newRow("unknown option") << QStringList{"rewrite", "--fast"} << QByteArray() << 2
+                                    << QByteArray("Usage: scrivel-cli rewrite");
+    QTest::newRow("version") << QStringList{"--version"} << QByteArray() << 0
+                             << QByteArray("scrivel-cli ");
+    QTest::newRow("empty input") << QStringList{"rewrite"} << QByteArray() << 2
+                                 << QByteArray("Enter some text.");
+    QTest::newRow("model to choose") << QStringList{"presets", "edit", "Fix", "--model", " "}
+                                     << QByteArray() << 2 << QByteArray("Give a model");
+}
+
+void CliEndToEndTest::problemsNameTheirCause() {
     QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, input);
     QFETCH(int, exitCode);
-    QCOMPARE(cli(arguments, " \n").exitCode, exitCode);
+    QFETCH(QByteArray, said);
+    const QString file = m_home->filePath(QStringLiteral("input.scrivel.json"));
+    if (!input.isEmpty()) {
+        QFile pack(file);
+        QVERIFY(pack.open(QIODevice::WriteOnly));
+        pack.write(input);
+    }
+    arguments.replaceInStrings(QStringLiteral("FILE"), file);
+    const Run run = cli(arguments);
+    QCOMPARE(run.exitCode, exitCode);
+    QVERIFY2((run.out + run.err).contains(said), run.out + run.err);
+    QVERIFY(!run.out.contains("help-all"));
 }
 
 QTEST_GUILESS_MAIN(CliEndToEndTest)

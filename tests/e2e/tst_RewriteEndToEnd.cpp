@@ -12,18 +12,16 @@
 using namespace scrivel;
 using test::ScriptedHttpServer;
 
-// Coordinator, hub, client and a real HTTP server on 127.0.0.1.
+// Coordinator, hub, client and a real HTTP server on 127.0.0.1 (the CLI
+// end-to-end suite covers the plain runs, failures and cancellation).
 class RewriteEndToEndTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void init();
     void cleanup();
-    void streamedReplyBecomesAFixedText();
     void validatingPresetCleansThePreface();
-    void rejectedKeyAsksForTheKey();
     void timeoutCancelsTheRequest();
-    void cancellationClosesTheConnection();
 
 private:
     Preset localPreset(bool validates = false) const;
@@ -68,20 +66,6 @@ std::optional<RewriteCoordinator::Result> RewriteEndToEndTest::rewrite(const QSt
     return test::waitFor(m_coordinator->rewrite(input, preset), 10000);
 }
 
-void RewriteEndToEndTest::streamedReplyBecomesAFixedText() {
-    m_server->setHandler([](const auto&) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat ") +
-                                                   ScriptedHttpServer::dataLine("sat.\n"),
-                                               true, 9);
-    });
-    const auto result = rewrite(QStringLiteral("teh cat sat"), localPreset());
-    QVERIFY(result && result->has_value());
-    QCOMPARE(**result, FixResult::fixed(QStringLiteral("The cat sat.")));
-    QCOMPARE(m_states.size(), 2);
-    QCOMPARE(m_states.last().kind(), OperationUIState::Kind::success);
-    QVERIFY(!m_server->requests().first().headers.contains("authorization"));
-}
-
 void RewriteEndToEndTest::validatingPresetCleansThePreface() {
     m_server->setHandler([](const auto&) {
         return ScriptedHttpServer::eventStream(
@@ -92,41 +76,19 @@ void RewriteEndToEndTest::validatingPresetCleansThePreface() {
     QCOMPARE(**result, FixResult::fixed(QStringLiteral("This sentence has a typo.")));
 }
 
-void RewriteEndToEndTest::rejectedKeyAsksForTheKey() {
-    m_server->setHandler([](const auto&) { return ScriptedHttpServer::status(401); });
-    const auto result = rewrite(QStringLiteral("text"), localPreset());
-    QVERIFY(result && !result->has_value());
-    QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::modelUnavailable(
-                                  UnavailableReason::rejectedAPIKey())));
-    QCOMPARE(m_states.last(),
-             OperationUIState::modelUnavailable(UnavailableReason::rejectedAPIKey()));
-}
-
 void RewriteEndToEndTest::timeoutCancelsTheRequest() {
     ScriptedHttpServer::Response stall;
     stall.stall = true;
     m_server->setHandler([&](const auto&) { return stall; });
+    // 2.5 s for this input: room for the first request of the process to
+    // reach the server (key store, network set-up) before the time-out.
     m_coordinator->setTimeoutScale(
-        [](int seconds) { return std::chrono::milliseconds(seconds * 10); });
+        [](int seconds) { return std::chrono::milliseconds(seconds * 100); });
     const auto result = rewrite(QStringLiteral("text"), localPreset());
+    QVERIFY(result && !result->has_value());
     QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::timeout()));
+    QCOMPARE(m_server->requests().size(), 1);
     QTRY_COMPARE_WITH_TIMEOUT(m_server->connectionsClosedByClient(), 1, 5000);
-}
-
-void RewriteEndToEndTest::cancellationClosesTheConnection() {
-    ScriptedHttpServer::Response slow =
-        ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("first"), true);
-    slow.writes.removeLast();
-    slow.stall = true;
-    m_server->setHandler([&](const auto&) { return slow; });
-    QStringList partials;
-    auto future =
-        m_coordinator->rewrite(QStringLiteral("text"), localPreset(),
-                               [&](const TextSnapshot& text) { partials << text.toString(); });
-    QTRY_COMPARE_WITH_TIMEOUT(partials, QStringList{"first"}, 5000);
-    future.cancel();
-    QTRY_COMPARE_WITH_TIMEOUT(m_server->connectionsClosedByClient(), 1, 5000);
-    QCOMPARE(m_states.last(), OperationUIState::idle());
 }
 
 QTEST_GUILESS_MAIN(RewriteEndToEndTest)

@@ -18,11 +18,22 @@ namespace {
 struct Reader {
     const QJsonObject& object;
     bool ok = true;
+    QString problem; // the first member that failed, for the diagnostic
+
+    void fail(const char* key, const QJsonValue& value, const char* expected) {
+        if (!ok)
+            return;
+        ok = false;
+        problem = value.isUndefined()
+                      ? QStringLiteral("missing member \"%1\"").arg(QLatin1String(key))
+                      : QStringLiteral("member \"%1\" is not %2")
+                            .arg(QLatin1String(key), QLatin1String(expected));
+    }
 
     QString text(const char* key) {
         const QJsonValue value = object.value(QLatin1String(key));
         if (!value.isString())
-            ok = false;
+            fail(key, value, "a string");
         return value.toString();
     }
     std::optional<QString> optionalText(const char* key) {
@@ -30,7 +41,7 @@ struct Reader {
         if (value.isUndefined() || value.isNull())
             return std::nullopt;
         if (!value.isString())
-            ok = false;
+            fail(key, value, "a string");
         return value.toString();
     }
     std::optional<double> optionalNumber(const char* key) {
@@ -38,13 +49,13 @@ struct Reader {
         if (value.isUndefined() || value.isNull())
             return std::nullopt;
         if (!value.isDouble())
-            ok = false;
+            fail(key, value, "a number");
         return value.toDouble();
     }
     bool boolean(const char* key) {
         const QJsonValue value = object.value(QLatin1String(key));
         if (!value.isBool())
-            ok = false;
+            fail(key, value, "true or false");
         return value.toBool();
     }
     // Any whole number that fits 64 bits, read exactly: the parser keeps
@@ -54,7 +65,7 @@ struct Reader {
         const QJsonValue value = object.value(QLatin1String(key));
         const qint64 number = value.toInteger(0);
         if (!value.isDouble() || (number == 0 && value.toInteger(1) != 0))
-            ok = false;
+            fail(key, value, "a whole number");
         return number;
     }
 };
@@ -81,16 +92,17 @@ bool holdsOnlyWholeCharacters(const QJsonValue& value) {
     return true;
 }
 
-std::optional<PresetPackItem> decodeItem(const QJsonValue& value) {
+// The item, or what is wrong with it.
+std::expected<PresetPackItem, QString> decodeItem(const QJsonValue& value) {
     if (!value.isObject())
-        return std::nullopt;
+        return std::unexpected(QStringLiteral("not an object"));
     const QJsonObject object = value.toObject();
-    Reader read{object};
+    Reader read{object, true, {}};
     PresetPackItem item;
     if (const auto id = read.optionalText("id")) {
         const auto parsed = Preset::parseID(*id);
         if (!parsed)
-            return std::nullopt;
+            return std::unexpected(QStringLiteral("member \"id\" is not a UUID"));
         item.id = *parsed;
     }
     item.name = read.text("name");
@@ -102,7 +114,7 @@ std::optional<PresetPackItem> decodeItem(const QJsonValue& value) {
     item.temperature = read.optionalNumber("temperature");
     item.validatesEdits = read.boolean("validatesEdits");
     if (!read.ok)
-        return std::nullopt;
+        return std::unexpected(read.problem);
     return item;
 }
 
@@ -127,27 +139,40 @@ JsonValue encodeItem(const PresetPackItem& item) {
 } // namespace
 
 std::expected<PresetPackDocument, PresetPackError>
-PresetPackDocument::decode(const QByteArray& bytes) {
+PresetPackDocument::decode(const QByteArray& bytes, QString* problem) {
+    const auto invalid = [problem](const QString& why) {
+        if (problem)
+            *problem = why;
+        return std::unexpected(PresetPackError::invalidJSON());
+    };
     QJsonParseError error{};
     const QJsonDocument json = QJsonDocument::fromJson(bytes, &error);
-    if (error.error != QJsonParseError::NoError || !json.isObject())
-        return std::unexpected(PresetPackError::invalidJSON());
+    if (error.error != QJsonParseError::NoError)
+        return invalid(QStringLiteral("not valid JSON near byte %1").arg(error.offset));
+    if (!json.isObject())
+        return invalid(QStringLiteral("not a JSON object"));
     const QJsonObject object = json.object();
     if (!holdsOnlyWholeCharacters(object))
-        return std::unexpected(PresetPackError::invalidJSON());
-    Reader read{object};
+        return invalid(QStringLiteral("a text holds a lone surrogate escape"));
+    Reader read{object, true, {}};
     PresetPackDocument document;
     document.formatVersion = read.integer("formatVersion");
     document.kind = read.text("kind");
     document.name = read.optionalText("name");
     document.description = read.optionalText("description");
     const QJsonValue presets = object.value(QStringLiteral("presets"));
-    if (!read.ok || !presets.isArray())
-        return std::unexpected(PresetPackError::invalidJSON());
-    for (const QJsonValue& value : presets.toArray()) {
-        auto item = decodeItem(value);
+    if (!presets.isArray())
+        read.fail("presets", presets, "a list");
+    if (!read.ok)
+        return invalid(read.problem);
+    const QJsonArray items = presets.toArray();
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        auto item = decodeItem(items[i]);
         if (!item)
-            return std::unexpected(PresetPackError::invalidJSON());
+            return invalid(QStringLiteral("preset %1 of %2: %3")
+                               .arg(i + 1)
+                               .arg(items.size())
+                               .arg(item.error()));
         document.presets.append(std::move(*item));
     }
     return document;

@@ -42,8 +42,11 @@ struct PresetPackDocument {
 
     friend bool operator==(const PresetPackDocument&, const PresetPackDocument&) = default;
 
-    // Any failure to read the bytes as a document is invalidJSON.
-    static std::expected<PresetPackDocument, PresetPackError> decode(const QByteArray& bytes);
+    // Any failure to read the bytes as a document is invalidJSON; problem,
+    // when given, receives what exactly was wrong (in English, for
+    // diagnostics: a missing or mistyped member and the preset it belongs to).
+    static std::expected<PresetPackDocument, PresetPackError> decode(const QByteArray& bytes,
+                                                                     QString* problem = nullptr);
     // Pretty printed with sorted keys; fails only for numbers JSON cannot
     // hold (a temperature that is not finite).
     std::optional<QByteArray> encode() const;

@@ -49,9 +49,10 @@ std::expected<PresetPackDocument, PresetTransferFailure> readPack(const QString&
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return std::unexpected(fileFailure(file.errorString()));
-    auto document = PresetPackDocument::decode(bytes);
+    QString problem;
+    auto document = PresetPackDocument::decode(bytes, &problem);
     if (!document)
-        return std::unexpected(PresetTransferFailure{document.error(), {}});
+        return std::unexpected(PresetTransferFailure{document.error(), problem});
     if (auto valid = document->validate(); !valid)
         return std::unexpected(PresetTransferFailure{valid.error(), {}});
     return std::move(*document);

@@ -18,7 +18,9 @@ class PresetStore;
 // read or written (worded generically).
 struct PresetTransferFailure {
     std::optional<PresetPackError> packError;
-    QString debugDescription; // for logs only
+    // In English, for logs and the command line's detail line: the file
+    // error, or what exactly made a pack invalid.
+    QString debugDescription;
 };
 
 // The file-choosing and alert steps of the flows, supplied by the main window

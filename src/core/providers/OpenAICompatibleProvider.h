@@ -37,6 +37,7 @@ public:
     const ProviderEndpoint& endpoint() const { return m_endpoint; }
     // Tests shorten the waits.
     void setTimeouts(ProviderRequest::Timeouts timeouts) { m_timeouts = timeouts; }
+    ProviderRequest::Timeouts timeouts() const { return m_timeouts; }
 
     // partial events with the whole reply so far, then one completed event
     // with the reply trimmed; or a failure.

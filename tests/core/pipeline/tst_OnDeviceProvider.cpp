@@ -29,15 +29,21 @@ private Q_SLOTS:
 
 void OnDeviceProviderTest::inputLimit_data() {
     QTest::addColumn<qsizetype>("bytes");
+    QTest::addColumn<bool>("available");
     QTest::addColumn<bool>("accepted");
-    QTest::newRow("12,000 bytes") << qsizetype(12000) << true;
-    QTest::newRow("12,001 bytes") << qsizetype(12001) << false;
+    QTest::newRow("12,000 bytes") << qsizetype(12000) << true << true;
+    QTest::newRow("12,001 bytes") << qsizetype(12001) << true << false;
+    // The size is judged first: an unavailable model still says "too long".
+    QTest::newRow("12,001 bytes, model unavailable") << qsizetype(12001) << false << false;
 }
 
 void OnDeviceProviderTest::inputLimit() {
     QFETCH(qsizetype, bytes);
+    QFETCH(bool, available);
     QFETCH(bool, accepted);
     FakeOnDeviceModel model;
+    if (!available)
+        model.availabilityValue = {OnDeviceModel::Availability::Kind::modelNotReady, {}};
     OnDeviceProvider provider(model);
     const auto result = test::waitFor(
         provider.transform(test::textOfUtf8Bytes(bytes, QStringLiteral("\u00e9")), "i"));

@@ -3,6 +3,7 @@
 #include "pipeline/RewriteError.h"
 #include "pipeline/TransformStreamEvent.h"
 #include "pipeline/UnavailableReason.h"
+#include "providers/ProviderConnectionFailure.h"
 
 #include <QtTest>
 
@@ -11,6 +12,7 @@ using namespace scrivel;
 Q_DECLARE_METATYPE(UnavailableReason)
 Q_DECLARE_METATYPE(RewriteError)
 Q_DECLARE_METATYPE(OperationUIState)
+Q_DECLARE_METATYPE(ProviderConnectionFailure)
 
 class OutcomesTest : public QObject {
     Q_OBJECT
@@ -20,21 +22,16 @@ private Q_SLOTS:
     void reasonMessages();
     void errorWording_data();
     void errorWording();
-    void equality();
+    void connectionFailureSentences_data();
+    void connectionFailureSentences();
 };
 
 void OutcomesTest::reasonMessages_data() {
     QTest::addColumn<UnavailableReason>("reason");
     QTest::addColumn<QString>("message");
 
-    QTest::newRow("modelNotReady")
-        << UnavailableReason::modelNotReady(QStringLiteral("Model not ready")) << "Model not ready";
-    QTest::newRow("misconfigured")
-        << UnavailableReason::misconfigured(QStringLiteral("Choose a model in Presets"))
-        << "Choose a model in Presets";
-    QTest::newRow("other") << UnavailableReason::other(QStringLiteral("Busy")) << "Busy";
-    QTest::newRow("missingAPIKey")
-        << UnavailableReason::missingAPIKey() << "Connect this preset to a provider in Presets";
+    QTest::newRow("other carries its sentence")
+        << UnavailableReason::other(QStringLiteral("Busy")) << "Busy";
     QTest::newRow("keychainError")
         << UnavailableReason::keychainError()
         << QStringLiteral("Couldn\u2019t access the API key in Keychain");
@@ -54,10 +51,8 @@ void OutcomesTest::errorWording_data() {
     QTest::addColumn<OperationUIState>("status");
 
     const QString unsafe = QStringLiteral("The provider returned an unsafe edit. Try again.");
-    for (const char* detail : {"empty", "meta-prefix", "length-delta", "line-breaks"})
-        QTest::addRow("outputRejected(%s)", detail)
-            << RewriteError::outputRejected(QString::fromLatin1(detail)) << unsafe
-            << OperationUIState::error(unsafe);
+    QTest::newRow("outputRejected") << RewriteError::outputRejected(QStringLiteral("line-breaks"))
+                                    << unsafe << OperationUIState::error(unsafe);
     const auto missingKey = UnavailableReason::missingAPIKey();
     QTest::newRow("modelUnavailable(missingAPIKey)")
         << RewriteError::modelUnavailable(missingKey)
@@ -91,30 +86,42 @@ void OutcomesTest::errorWording() {
     QVERIFY(OperationUIState::forError(error) == status);
 }
 
-void OutcomesTest::equality() {
-    const auto model =
-        UnavailableReason::misconfigured(QStringLiteral("Choose a model in Presets"));
-    const auto url =
-        UnavailableReason::misconfigured(QStringLiteral("Set a custom Base URL in Presets"));
-    QVERIFY(!(model == url));
-    QVERIFY(!(UnavailableReason::other(QStringLiteral("x")) ==
-              UnavailableReason::modelNotReady(QStringLiteral("x"))));
-    QVERIFY(UnavailableReason::missingAPIKey() == UnavailableReason::missingAPIKey());
+void OutcomesTest::connectionFailureSentences_data() {
+    QTest::addColumn<ProviderConnectionFailure>("failure");
+    QTest::addColumn<QString>("sentence");
+    using K = ProviderConnectionFailure::Kind;
+    const auto of = [](K kind) { return ProviderConnectionFailure::of(kind); };
+    QTest::newRow("status") << ProviderConnectionFailure::status(502)
+                            << "The provider returned error 502.";
+    QTest::newRow("invalidEndpoint")
+        << of(K::invalidEndpoint) << "Enter a valid provider base URL.";
+    QTest::newRow("missingCredential")
+        << of(K::missingCredential) << "Enter an API key to connect.";
+    QTest::newRow("keychain") << of(K::keychain)
+                              << QStringLiteral("Couldn\u2019t access the API key in Keychain.");
+    QTest::newRow("unauthorized") << of(K::unauthorized)
+                                  << "The API key was rejected. Check it and try again.";
+    QTest::newRow("forbidden") << of(K::forbidden)
+                               << QStringLiteral(
+                                      "This API key doesn\u2019t have access to the provider.");
+    QTest::newRow("notFound") << of(K::notFound)
+                              << QStringLiteral("Models weren\u2019t found. Check that the base "
+                                                "URL includes the API version, such as /v1.");
+    QTest::newRow("timedOut") << of(K::timedOut) << "The provider timed out. Try again.";
+    QTest::newRow("network") << of(K::network)
+                             << QStringLiteral("Couldn\u2019t reach the provider. Check the URL "
+                                               "and your connection.");
+    QTest::newRow("invalidResponse")
+        << of(K::invalidResponse) << "The provider returned an invalid model list.";
+    QTest::newRow("emptyModels") << of(K::emptyModels) << "The provider returned no models.";
+    QTest::newRow("responseTooLarge")
+        << of(K::responseTooLarge) << "The provider response was too large.";
+}
 
-    QVERIFY(!(RewriteError::outputRejected(QStringLiteral("empty")) ==
-              RewriteError::outputRejected(QStringLiteral("line-breaks"))));
-    QVERIFY(!(RewriteError::modelUnavailable(model) == RewriteError::modelUnavailable(url)));
-    QVERIFY(!(OperationUIState::error(QStringLiteral("a")) ==
-              OperationUIState::error(QStringLiteral("b"))));
-
-    QVERIFY(FixResult::alreadyClean() == FixResult::alreadyClean());
-    QVERIFY(!(FixResult::fixed(QStringLiteral("a")) == FixResult::fixed(QStringLiteral("b"))));
-    QVERIFY(!(FixResult::fixed(QString()) == FixResult::alreadyClean()));
-
-    QVERIFY(TransformStreamEvent::completed(QStringLiteral("x")) ==
-            TransformStreamEvent::completed(QStringLiteral("x")));
-    QVERIFY(!(TransformStreamEvent::partial(TextSnapshot(QStringLiteral("x"))) ==
-              TransformStreamEvent::completed(QStringLiteral("x"))));
+void OutcomesTest::connectionFailureSentences() {
+    QFETCH(ProviderConnectionFailure, failure);
+    QFETCH(QString, sentence);
+    QCOMPARE(failure.message(), sentence);
 }
 
 QTEST_GUILESS_MAIN(OutcomesTest)

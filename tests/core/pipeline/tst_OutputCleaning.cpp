@@ -34,6 +34,8 @@ private Q_SLOTS:
     void trimming();
     void validateEdit_data();
     void validateEdit();
+    void validateEditChecksInOrder_data();
+    void validateEditChecksInOrder();
     void graphemesAfterComplexScripts_data();
     void graphemesAfterComplexScripts();
 };
@@ -273,6 +275,32 @@ void OutputCleaningTest::validateEdit_data() {
 }
 
 void OutputCleaningTest::validateEdit() {
+    QFETCH(QString, reply);
+    QFETCH(QString, input);
+    QFETCH(EditVerdict, verdict);
+    QCOMPARE(scrivel::validateEdit(reply, input), verdict);
+}
+
+// Replies that break two rules at once: the verdict names the rule checked
+// first (empty, unchanged, preface, length, line breaks).
+void OutputCleaningTest::validateEditChecksInOrder_data() {
+    QTest::addColumn<QString>("reply");
+    QTest::addColumn<QString>("input");
+    QTest::addColumn<EditVerdict>("verdict");
+
+    QTest::newRow("empty before unchanged") << " "
+                                            << "" << EditVerdict::rejected("empty");
+    QTest::newRow("unchanged before preface")
+        << "Here is the corrected text: Here is the corrected text: Hi"
+        << "Here is the corrected text: Hi" << EditVerdict::alreadyClean();
+    QTest::newRow("preface before length")
+        << "Here is the corrected text: Here is the corrected text: " + QString(300, u'x')
+        << "Hi there" << EditVerdict::rejected("meta-prefix");
+    QTest::newRow("length before line breaks") << "a\n\n\nb"
+                                               << "ab" << EditVerdict::rejected("length-delta");
+}
+
+void OutputCleaningTest::validateEditChecksInOrder() {
     QFETCH(QString, reply);
     QFETCH(QString, input);
     QFETCH(EditVerdict, verdict);

@@ -100,11 +100,21 @@ void ProviderHubTest::keychainFailureIsReported() {
 void ProviderHubTest::onDeviceNeverTouchesClients() {
     Preset preset = presetFor("onDevice", "https://example.com/v1", "whatever");
     QCOMPARE(reasonFor(preset), std::nullopt);
+    // Prewarming an available model readies a session for the instructions.
+    m_hub->prewarm(preset);
+    QTRY_COMPARE(m_model.sessions.size(), 1);
+    QCOMPARE(m_model.sessions[0].instructions, preset.instructions);
+    QCOMPARE(m_model.sessions[0].prewarms, 1);
+    m_hub->prewarm(presetFor("groq", std::nullopt)); // nothing to warm for a cloud preset
+    QCOMPARE(m_model.sessions.size(), 1);
+    QCOMPARE(m_hub->clientCount(), 0);
+
     m_model.availabilityValue = {OnDeviceModel::Availability::Kind::notEnabled, {}};
     QCOMPARE(reasonFor(preset),
              std::optional(UnavailableReason::modelNotReady("Apple Intelligence is not enabled")));
     m_hub->prewarm(preset);
     QCOMPARE(m_hub->clientCount(), 0);
+    QCOMPARE(m_model.sessions.size(), 1); // not warmed while unavailable
 }
 
 void ProviderHubTest::equalEndpointsShareAClient() {

@@ -91,19 +91,15 @@ void RewriteCoordinatorTest::timeoutSeconds_data() {
     QTest::addColumn<int>("seconds");
 
     const QString oss = QStringLiteral("openai/gpt-oss-120b");
-    const QString plain = QStringLiteral("gpt-4o");
-    const int sizes[] = {499, 500, 2499, 2500};
-    const int base[] = {25, 35, 35, 60};
-    for (int i = 0; i < 4; ++i) {
-        const int n = sizes[i];
-        QTest::addRow("%d bytes, no effort", n) << n << oss << "-" << base[i];
-        QTest::addRow("%d bytes, high on a reasoning model", n)
-            << n << oss << "high" << base[i] + 60;
-        QTest::addRow("%d bytes, medium on a reasoning model", n)
-            << n << oss << "medium" << base[i] + 60;
-        QTest::addRow("%d bytes, high on another model", n) << n << plain << "high" << base[i];
-        QTest::addRow("%d bytes, low", n) << n << oss << "low" << base[i];
-    }
+    QTest::newRow("499 bytes") << 499 << oss << "-" << 25;
+    QTest::newRow("500 bytes") << 500 << oss << "-" << 35;
+    QTest::newRow("2,499 bytes") << 2499 << oss << "-" << 35;
+    QTest::newRow("2,500 bytes") << 2500 << oss << "-" << 60;
+    QTest::newRow("high on a reasoning model") << 499 << oss << "high" << 85;
+    QTest::newRow("medium on a reasoning model, long text") << 2500 << oss << "medium" << 120;
+    QTest::newRow("low adds nothing") << 500 << oss << "low" << 35;
+    QTest::newRow("high on another model") << 2499 << "gpt-4o"
+                                           << "high" << 35;
     QTest::newRow("effort is case-sensitive") << 10 << oss << "High" << 25;
     QTest::newRow("empty effort") << 10 << oss << "" << 25;
 }

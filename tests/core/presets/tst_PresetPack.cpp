@@ -223,15 +223,34 @@ void PresetPackTest::messages() {
 }
 
 void PresetPackTest::shippedPacksLoadAndValidate() {
+    // What ships is exactly what the source folder holds, byte for byte.
+    const QDir folder(QStringLiteral(SCRIVEL_TEST_DATA_DIR "/../../resources/Packs"));
+    const QStringList sources =
+        folder.entryList({QStringLiteral("*.scrivel.json")}, QDir::Files, QDir::Name);
     const QStringList files = shippedPackURLs();
-    QVERIFY(files.size() >= 4);
+    QStringList shippedNames;
+    for (const QString& file : files) {
+        shippedNames << QFileInfo(file).fileName();
+        QFile shipped(file), source(folder.filePath(QFileInfo(file).fileName()));
+        QVERIFY(shipped.open(QIODevice::ReadOnly) && source.open(QIODevice::ReadOnly));
+        QCOMPARE(shipped.readAll(), source.readAll());
+    }
+    QCOMPARE(shippedNames, sources);
+    QVERIFY(!sources.isEmpty());
+
     const auto packs = shippedPacks();
     QCOMPARE(packs.size(), files.size()); // every shipped file loads and validates
     QStringList names;
+    // Each preset earns its place: no name twice, none a built-in's.
+    QSet<QString> presetNames;
+    for (const Preset& builtIn : builtInPresets(false))
+        presetNames.insert(builtIn.name.toLower());
     for (const auto& pack : packs) {
         names << *pack.name;
         QVERIFY(pack.description && !pack.description->isEmpty());
         for (const auto& item : pack.presets) {
+            QVERIFY2(!presetNames.contains(item.name.toLower()), qPrintable(item.name));
+            presetNames.insert(item.name.toLower());
             // Runnable as shipped: a catalogue provider and a model for it.
             QVERIFY2(catalogEndpoint(item.providerID), qPrintable(item.name));
             QVERIFY2(!item.model.isEmpty() && !item.customBaseURL, qPrintable(item.name));

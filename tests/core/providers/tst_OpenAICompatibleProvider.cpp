@@ -50,6 +50,11 @@ private Q_SLOTS:
     void modelLists_data();
     void modelLists();
     void legacyKeyIsMigratedOnFirstRead();
+    void timeoutsFollowTheSessionTimeout_data();
+    void timeoutsFollowTheSessionTimeout();
+    void seeOtherAndTheRedirectLimit();
+    void modelListUsesTheStoredKey();
+    void cookiesAreNeverSentBack();
     void refusedMaxTokensIsResentOnce_data();
     void leadingThinkBlockIsDropped_data();
     void leadingThinkBlockIsDropped();
@@ -245,7 +250,6 @@ void OpenAICompatibleProviderTest::requestCarriesBodyAndHeaders() {
     QCOMPARE(request.path, QByteArray("/v1/chat/completions"));
     QCOMPARE(request.headers.value("authorization"), QByteArray("Bearer sk-test"));
     QCOMPARE(request.headers.value("content-type"), QByteArray("application/json"));
-    QVERIFY(!request.headers.contains("cookie"));
     QCOMPARE(
         request.body,
         ChatCompletionRequest::make({"m", "i", QStringLiteral("caf\u00e9"), {}, {}})->encode());
@@ -419,6 +423,80 @@ void OpenAICompatibleProviderTest::legacyKeyIsMigratedOnFirstRead() {
     QCOMPARE(key->value(), std::optional<QString>("old"));
     QCOMPARE(m_modern->items.value(credentialAccount(custom)), QByteArray("old"));
     QVERIFY(!m_modern->items.contains(legacy));
+}
+
+void OpenAICompatibleProviderTest::timeoutsFollowTheSessionTimeout_data() {
+    QTest::addColumn<int>("session");
+    QTest::addColumn<int>("inactivity");
+    QTest::addColumn<int>("deadline");
+    // Without data: max(t, 8) s, but never more than the 60 s of one request;
+    // in all: max(t + 2, 10) s.
+    QTest::newRow("the hub's 120 s") << 120 << 60 << 122;
+    QTest::newRow("30 s") << 30 << 30 << 32;
+    QTest::newRow("8 s") << 8 << 8 << 10;
+    QTest::newRow("3 s") << 3 << 8 << 10;
+}
+
+void OpenAICompatibleProviderTest::timeoutsFollowTheSessionTimeout() {
+    QFETCH(int, session);
+    QFETCH(int, inactivity);
+    QFETCH(int, deadline);
+    OpenAICompatibleProvider provider(endpoint(), *m_keys, std::chrono::seconds(session));
+    QCOMPARE(provider.timeouts().inactivity, std::chrono::milliseconds(inactivity * 1000));
+    QCOMPARE(provider.timeouts().deadline, std::chrono::milliseconds(deadline * 1000));
+}
+
+void OpenAICompatibleProviderTest::seeOtherAndTheRedirectLimit() {
+    const QByteArray models = m_server->url(QStringLiteral("/v1/models")).toString().toUtf8();
+    int calls = 0;
+    m_server->setHandler([&](const auto&) {
+        return ++calls == 1 ? ScriptedHttpServer::redirect(303, models)
+                            : ScriptedHttpServer::status(200, R"({"data":[{"id":"m1"}]})");
+    });
+    OpenAICompatibleProvider provider(endpoint(), *m_keys);
+    const auto seeOther = test::waitFor(provider.fetchModels(EndpointCredential::none()));
+    QVERIFY(seeOther && seeOther->has_value());
+    QCOMPARE(**seeOther, QStringList{"m1"});
+    QCOMPARE(m_server->requests().size(), 2);
+
+    // Ten redirects are followed; the eleventh is the final response.
+    m_server->setHandler([&](const auto&) { return ScriptedHttpServer::redirect(307, models); });
+    const auto endless = test::waitFor(provider.fetchModels(EndpointCredential::none()));
+    QVERIFY(endless && !endless->has_value());
+    QCOMPARE(endless->error(), ProviderConnectionFailure::status(307));
+    QCOMPARE(m_server->requests().size(), 2 + 11);
+}
+
+void OpenAICompatibleProviderTest::modelListUsesTheStoredKey() {
+    m_server->setHandler(
+        [](const auto&) { return ScriptedHttpServer::status(200, R"({"data":[{"id":"m1"}]})"); });
+    const ProviderEndpoint required = endpoint(EndpointAuthenticationPolicy::required);
+    OpenAICompatibleProvider provider(required, *m_keys);
+    const auto absent = test::waitFor(provider.fetchModels(EndpointCredential::stored()));
+    QCOMPARE(absent->error().kind(), ProviderConnectionFailure::Kind::missingCredential);
+    QTest::qWait(20);
+    QVERIFY(m_server->requests().isEmpty()); // no key, no connection
+
+    QVERIFY(test::waitFor(m_keys->saveKey(QStringLiteral("sk-stored"), credentialAccount(required)))
+                ->has_value());
+    const auto stored = test::waitFor(provider.fetchModels(EndpointCredential::stored()));
+    QVERIFY(stored->has_value());
+    QCOMPARE(m_server->requests().last().headers.value("authorization"),
+             QByteArray("Bearer sk-stored"));
+}
+
+void OpenAICompatibleProviderTest::cookiesAreNeverSentBack() {
+    m_server->setHandler([](const auto&) {
+        Response response = ScriptedHttpServer::eventStream(sse({"ok"}), false);
+        response.writes.first().bytes.replace("\r\n\r\n",
+                                              "\r\nSet-Cookie: session=abc; Path=/\r\n\r\n");
+        return response;
+    });
+    OpenAICompatibleProvider provider(endpoint(), *m_keys);
+    QVERIFY(run(provider).completed);
+    QVERIFY(run(provider).completed);
+    QCOMPARE(m_server->requests().size(), 2);
+    QVERIFY(!m_server->requests()[1].headers.contains("cookie"));
 }
 
 void OpenAICompatibleProviderTest::refusedMaxTokensIsResentOnce_data() {

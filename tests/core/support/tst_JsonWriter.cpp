@@ -1,7 +1,6 @@
 #include "support/JsonWriter.h"
 #include "support/TestSupport.h"
 
-#include <QJsonDocument>
 #include <QtTest>
 
 using namespace scrivel;
@@ -15,7 +14,6 @@ private Q_SLOTS:
     void memberOrderIsKept();
     void prettyPrinting_data();
     void prettyPrinting();
-    void outputParsesBackToTheSameDocument();
 };
 
 void JsonWriterTest::scalars_data() {
@@ -106,26 +104,6 @@ void JsonWriterTest::prettyPrinting() {
     options.sortKeys = true;
     const QByteArray actual = JsonWriter::write(value, options);
     QVERIFY2(actual == expected, qPrintable(test::printable(actual)));
-}
-
-void JsonWriterTest::outputParsesBackToTheSameDocument() {
-    JsonValue object = JsonValue::object();
-    object.insert(QStringLiteral("text"), QStringLiteral("line\nwith \"quotes\" / \u00fc \x01"));
-    object.insert(QStringLiteral("number"), 0.25);
-    object.insert(QStringLiteral("list"), JsonValue::array().append(false).append(-3));
-
-    for (bool pretty : {false, true}) {
-        JsonWriter::Options options;
-        options.pretty = pretty;
-        QJsonParseError error{};
-        const QJsonDocument parsed =
-            QJsonDocument::fromJson(JsonWriter::write(object, options), &error);
-        QCOMPARE(error.error, QJsonParseError::NoError);
-        QCOMPARE(parsed[QStringLiteral("text")].toString(),
-                 QStringLiteral("line\nwith \"quotes\" / \u00fc \x01"));
-        QCOMPARE(parsed[QStringLiteral("number")].toDouble(), 0.25);
-        QCOMPARE(parsed[QStringLiteral("list")][1].toInt(), -3);
-    }
 }
 
 QTEST_GUILESS_MAIN(JsonWriterTest)

@@ -1,31 +1,40 @@
 #pragma once
 
 #include "linux/FileSecretStore.h"
+#include "linux/LogindWakeObserver.h"
 #include "linux/QSettingsStore.h"
 #include "linux/SecretServiceProbe.h"
 #include "linux/SecretServiceStore.h"
-#include "linux/SleepWatcher.h"
 #include "linux/UnavailableOnDeviceModel.h"
 #include "pipeline/ProviderHub.h"
 #include "pipeline/RewriteCoordinator.h"
 #include "presets/PresetStore.h"
 #include "providers/APIKeyStore.h"
 
+#include <functional>
 #include <memory>
 
-namespace scrivel::cli {
+namespace scrivel {
 
-// The same services the desktop app uses, wired for a terminal: the user's
-// settings, the Secret Service (or the private file store where none runs;
-// SCRIVEL_SECRET_STORE=file forces it), and the provider hub.
-class CliServices {
+// The long-lived services on Linux, shared by the desktop app and the CLI:
+// the user's settings, the Secret Service (or the private file store where
+// none runs; SCRIVEL_SECRET_STORE=file forces it), the provider hub and the
+// rewrite coordinator. Seeding the preset store is left to the caller, which
+// decides when in its start-up that happens.
+class LinuxServices {
 public:
-    CliServices();
+    LinuxServices();
 
+    SettingsStore& settings() { return m_settings; }
+    OnDeviceModel& onDeviceModel() { return m_onDevice; }
     PresetStore& presets() { return *m_presets; }
     APIKeyStore& keys() { return *m_keys; }
     ProviderHub& hub() { return *m_hub; }
     RewriteCoordinator& coordinator() { return *m_coordinator; }
+
+    // Told once, with the file's path, when the private key file is found
+    // damaged (by default a warning in the log).
+    void setKeyFileDamageHandler(std::function<void(const QString& path)> handler);
 
 private:
     QSettingsStore m_settings;
@@ -37,7 +46,7 @@ private:
     std::unique_ptr<APIKeyStore> m_keys;
     std::unique_ptr<ProviderHub> m_hub;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
-    SleepWatcher m_sleep;
+    LogindWakeObserver m_wake; // re-checks rewrite deadlines on wake
 };
 
-} // namespace scrivel::cli
+} // namespace scrivel

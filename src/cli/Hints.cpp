@@ -1,0 +1,100 @@
+#include "Hints.h"
+
+#include "PresetLookup.h"
+#include "pipeline/OutputCleaning.h"
+#include "providers/ProviderCatalog.h"
+
+#include <QUrl>
+
+namespace scrivel::cli::Hints {
+
+namespace {
+
+QString keyStoreHint() {
+    return QStringLiteral("Check that a Secret Service (such as GNOME Keyring) is running and "
+                          "unlocked, or keep keys in a private file: SCRIVEL_SECRET_STORE=file "
+                          "scrivel-cli …");
+}
+
+QString editCommand(const Preset& preset, const QString& option) {
+    return QStringLiteral("scrivel-cli presets edit %1 %2").arg(shellQuoted(preset.name), option);
+}
+
+} // namespace
+
+QString keySetCommand(const ProviderEndpoint& endpoint) {
+    QString command = QStringLiteral("scrivel-cli key set ") + endpoint.id;
+    if (endpoint.id == customProviderID())
+        command += QStringLiteral(" --base-url ") + shellQuoted(endpoint.baseURL.toString());
+    return command;
+}
+
+QString forReason(const UnavailableReason& reason, const std::optional<Preset>& preset) {
+    switch (reason.kind()) {
+    case UnavailableReason::Kind::missingAPIKey:
+    case UnavailableReason::Kind::rejectedAPIKey:
+        if (preset) {
+            if (const auto endpoint = resolveEndpoint(preset->providerID, preset->customBaseURL))
+                return QStringLiteral("Save a key with: ") + keySetCommand(*endpoint);
+        }
+        return {};
+    case UnavailableReason::Kind::keychainError:
+        return keyStoreHint();
+    case UnavailableReason::Kind::misconfigured: {
+        if (!preset) {
+            return QStringLiteral("Add presets with: scrivel-cli presets add-pack NAME (see "
+                                  "'scrivel-cli presets packs')");
+        }
+        if (preset->providerID == customProviderID() &&
+            !resolveEndpoint(preset->providerID, preset->customBaseURL)) {
+            return baseURLProblem(preset->customBaseURL.value_or(QString())) +
+                   QStringLiteral("\nSet it with: ") +
+                   editCommand(*preset, QStringLiteral("--base-url URL"));
+        }
+        QString models = QStringLiteral("scrivel-cli models ") + preset->providerID;
+        if (preset->providerID == customProviderID())
+            models += QStringLiteral(" --base-url ") +
+                      shellQuoted(preset->customBaseURL.value_or(QString()).trimmed());
+        return QStringLiteral("List the models with: %1\nChoose one with: %2")
+            .arg(models, editCommand(*preset, QStringLiteral("--model MODEL")));
+    }
+    case UnavailableReason::Kind::modelNotReady:
+    case UnavailableReason::Kind::other:
+        return QStringLiteral("Pick a preset that uses a provider: scrivel-cli presets use NAME");
+    }
+    return {};
+}
+
+QString forFailure(const ProviderConnectionFailure& failure, const ProviderEndpoint& endpoint) {
+    switch (failure.kind()) {
+    case ProviderConnectionFailure::Kind::missingCredential:
+    case ProviderConnectionFailure::Kind::unauthorized:
+    case ProviderConnectionFailure::Kind::forbidden:
+        return QStringLiteral("Save a key with: ") + keySetCommand(endpoint);
+    case ProviderConnectionFailure::Kind::keychain:
+        return keyStoreHint();
+    default:
+        return {};
+    }
+}
+
+QString baseURLProblem(const QString& baseURL) {
+    const QString text = trimmedWhitespaceAndNewlines(baseURL);
+    if (text.isEmpty())
+        return QStringLiteral("A custom provider needs a base URL, such as "
+                              "http://localhost:11434/v1.");
+    const QUrl url(text, QUrl::StrictMode);
+    const QString scheme = url.scheme().toLower();
+    if (url.isValid() &&
+        (url.authority().contains(QLatin1Char('@')) || url.hasQuery() || url.hasFragment()))
+        return QStringLiteral("A base URL can’t hold a user name, password, query or fragment.");
+    if (url.isValid() && scheme == QLatin1String("http"))
+        return QStringLiteral("Plain http is allowed only for servers on this computer "
+                              "(localhost or 127.0.0.1); use https for \"%1\".")
+            .arg(text);
+    return QStringLiteral("\"%1\" is not a valid provider base URL: use https://host/path, or "
+                          "http://localhost:PORT/path for a local server.")
+        .arg(text);
+}
+
+} // namespace scrivel::cli::Hints

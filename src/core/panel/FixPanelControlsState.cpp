@@ -1,0 +1,59 @@
+#include "panel/FixPanelControlsState.h"
+
+#include "support/PlatformWording.h"
+
+#include <QCoreApplication>
+
+namespace scrivel {
+
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("FixPanelView", text);
+}
+
+} // namespace
+
+FixPanelControlsState FixPanelControlsState::of(const FixPanelModel& model) {
+    return of(model.stage(), model.originalText().has_value(), model.canRun());
+}
+
+FixPanelControlsState FixPanelControlsState::of(const PanelStage& stage, bool holdsOriginalText,
+                                                bool canRun) {
+    using Kind = PanelStage::Kind;
+    FixPanelControlsState state;
+    const bool working = stage.kind == Kind::working;
+    state.editorEnabled = !working;
+    state.pinsScrollToEnd = working;
+    state.pickerEnabled = !working;
+    state.showsRun = !working;
+    state.runEnabled = !working && canRun;
+    state.showsProgress = working;
+    switch (stage.kind) {
+    case Kind::copied:
+        state.outcome = SettingsStatus::success(
+            platformKeyWording(tr("Copied. Press ⌘V to replace your text.")));
+        break;
+    case Kind::alreadyClean:
+        state.outcome = SettingsStatus::neutral(tr("No change needed. Nothing was copied."));
+        break;
+    case Kind::failure:
+        state.outcome = SettingsStatus::error(stage.message);
+        state.showsOpenPresets = stage.needsAPIKey;
+        break;
+    case Kind::input:
+    case Kind::working:
+        break;
+    }
+    state.showsRevert =
+        holdsOriginalText && (stage.kind == Kind::copied || stage.kind == Kind::alreadyClean);
+    return state;
+}
+
+std::optional<QString> shortcutHintText(const std::optional<QString>& displayedShortcut) {
+    if (!displayedShortcut || displayedShortcut->isEmpty())
+        return std::nullopt;
+    return tr("Press ") + *displayedShortcut + tr(" anywhere to open Scrivel.");
+}
+
+} // namespace scrivel

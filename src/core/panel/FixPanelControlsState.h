@@ -1,0 +1,35 @@
+#pragma once
+
+#include "app/SettingsStatus.h"
+#include "panel/FixPanelModel.h"
+
+#include <optional>
+
+namespace scrivel {
+
+// What the panel shows for the model's current state: which controls exist,
+// which are enabled, and the outcome line. The panel's widgets only apply it.
+struct FixPanelControlsState {
+    bool editorEnabled = true;
+    // While a reply streams in, the end of the text stays in view.
+    bool pinsScrollToEnd = false;
+    bool pickerEnabled = true;
+    std::optional<SettingsStatus> outcome;
+    bool showsOpenPresets = false;
+    bool showsRevert = false;
+    bool showsRun = true;
+    bool runEnabled = false;
+    // The progress indicator, "Running…" and "Cancel".
+    bool showsProgress = false;
+
+    static FixPanelControlsState of(const FixPanelModel& model);
+    static FixPanelControlsState of(const PanelStage& stage, bool holdsOriginalText, bool canRun);
+
+    friend bool operator==(const FixPanelControlsState&, const FixPanelControlsState&) = default;
+};
+
+// The hint under the controls, naming the shortcut that opens the panel
+// anywhere; nothing when there is no shortcut.
+std::optional<QString> shortcutHintText(const std::optional<QString>& displayedShortcut);
+
+} // namespace scrivel

@@ -1,0 +1,25 @@
+#include "linux/LinuxServices.h"
+
+#include "linux/BootClock.h"
+
+namespace scrivel {
+
+LinuxServices::LinuxServices() : m_secretService(APIKeyStore::service()) {
+    m_presets = std::make_unique<PresetStore>(m_settings);
+    const bool fileOnly = qEnvironmentVariable("SCRIVEL_SECRET_STORE") == QLatin1String("file");
+    m_keys = std::make_unique<APIKeyStore>(m_secretService, m_fileStore, [this, fileOnly] {
+        return fileOnly ? Future<bool>::ready(false) : m_probe.isAvailable();
+    });
+    m_hub = std::make_unique<ProviderHub>(m_onDevice, *m_keys);
+    m_coordinator = std::make_unique<RewriteCoordinator>(*m_hub);
+    // A run's time-out counts time asleep, and is checked again on wake.
+    m_coordinator->setDeadlineClock(bootClock());
+    QObject::connect(&m_wake, &WakeObserver::didWake, m_coordinator.get(),
+                     &RewriteCoordinator::checkDeadlines);
+}
+
+void LinuxServices::setKeyFileDamageHandler(std::function<void(const QString& path)> handler) {
+    m_fileStore.setDamageHandler(std::move(handler));
+}
+
+} // namespace scrivel

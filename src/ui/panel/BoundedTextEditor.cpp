@@ -1,0 +1,110 @@
+#include "panel/BoundedTextEditor.h"
+
+#include <QPainter>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTimer>
+#include <cmath>
+
+namespace scrivel {
+
+namespace {
+constexpr int verticalInset = 4;
+constexpr int borderedHorizontalInset = 5;
+} // namespace
+
+BoundedTextEditor::BoundedTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
+    setFrameShape(QFrame::NoFrame);
+    setLineWrapMode(QPlainTextEdit::WidgetWidth);
+    setTabChangesFocus(true);
+    document()->setDocumentMargin(0);
+    // The editor's own background is hidden: the container's shows through.
+    viewport()->setAutoFillBackground(false);
+    setAutoFillBackground(false);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    connect(this, &QPlainTextEdit::textChanged, this, [this] {
+        if (m_pinsScrollToEnd)
+            schedulePinning();
+    });
+    applyMetrics();
+}
+
+void BoundedTextEditor::setLines(int lines) {
+    if (lines == m_lines)
+        return;
+    m_lines = lines;
+    applyMetrics();
+}
+
+void BoundedTextEditor::setShowsBorder(bool shows) {
+    if (shows == m_showsBorder)
+        return;
+    m_showsBorder = shows;
+    applyMetrics();
+    update();
+}
+
+void BoundedTextEditor::setPinsScrollToEnd(bool pins) {
+    if (pins == m_pinsScrollToEnd)
+        return;
+    m_pinsScrollToEnd = pins;
+    if (pins)
+        schedulePinning();
+}
+
+int BoundedTextEditor::heightForLines(int lines) const {
+    const int lineHeight = int(std::ceil(QFontMetricsF(font()).lineSpacing()));
+    return lineHeight * lines + 2 * verticalInset;
+}
+
+QString BoundedTextEditor::exactText() const {
+    QString text = document()->toRawText();
+    text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    return text;
+}
+
+void BoundedTextEditor::applyMetrics() {
+    const int horizontal = m_showsBorder ? borderedHorizontalInset : 0;
+    setViewportMargins(horizontal, verticalInset, horizontal, verticalInset);
+    setFixedHeight(heightForLines(m_lines));
+    // Below the tallest size the text fits (a scroll bar would only eat the
+    // width); at it, longer texts scroll.
+    setVerticalScrollBarPolicy(m_lines >= m_scrollsFromLines ? Qt::ScrollBarAsNeeded
+                                                             : Qt::ScrollBarAlwaysOff);
+}
+
+void BoundedTextEditor::schedulePinning() {
+    // After the editor has laid out the new text; passes are not stacked.
+    if (m_pinningScheduled)
+        return;
+    m_pinningScheduled = true;
+    QTimer::singleShot(0, this, [this] {
+        m_pinningScheduled = false;
+        if (m_pinsScrollToEnd)
+            pinToEnd();
+    });
+}
+
+void BoundedTextEditor::pinToEnd() {
+    if (hasFocus()) {
+        QTextCursor cursor = textCursor();
+        cursor.movePosition(QTextCursor::End);
+        setTextCursor(cursor);
+    }
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+bool BoundedTextEditor::event(QEvent* event) {
+    const bool handled = QPlainTextEdit::event(event);
+    if (event->type() == QEvent::Paint && m_showsBorder) {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(palette().color(QPalette::Mid), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 6, 6);
+    }
+    return handled;
+}
+
+} // namespace scrivel

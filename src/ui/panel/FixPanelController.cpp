@@ -1,0 +1,129 @@
+#include "panel/FixPanelController.h"
+
+#include "panel/FixPanelView.h"
+#include "panel/FixPanelWindow.h"
+#include "panel/PanelPlacement.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace scrivel {
+
+namespace {
+
+// The primary screen first: it is the one used when the point lies on none.
+QList<PanelScreen> currentScreens() {
+    QList<PanelScreen> screens;
+    QScreen* primary = QGuiApplication::primaryScreen();
+    if (primary)
+        screens.append({primary->geometry(), primary->availableGeometry()});
+    for (QScreen* screen : QGuiApplication::screens()) {
+        if (screen != primary)
+            screens.append({screen->geometry(), screen->availableGeometry()});
+    }
+    return screens;
+}
+
+} // namespace
+
+FixPanelController::FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator,
+                                       FixPanelModel::OpenPresets openPresets,
+                                       FixPanelModel::CopyResult copyResult,
+                                       PanelWindowTraits traits, QObject* parent)
+    : QObject(parent), m_presets(presets),
+      m_model(presets, coordinator, std::move(openPresets), std::move(copyResult)),
+      m_traits(std::move(traits)) {}
+
+FixPanelController::~FixPanelController() {
+    delete m_panel;
+}
+
+bool FixPanelController::isPanelVisible() const {
+    return m_panel && m_panel->isVisible();
+}
+
+void FixPanelController::setShortcutText(std::function<std::optional<QString>()> shortcutText) {
+    m_shortcutText = std::move(shortcutText);
+    if (m_view)
+        m_view->setShortcutText(m_shortcutText);
+}
+
+void FixPanelController::refreshShortcutHint() {
+    if (m_view)
+        m_view->refreshShortcutHint();
+}
+
+void FixPanelController::ensurePanel() {
+    if (m_panel)
+        return;
+    m_panel = new FixPanelWindow(m_traits.composited);
+    QPointer<FixPanelController> self(this);
+    m_view = new FixPanelView(m_model, m_presets, [self] {
+        if (self)
+            self->dismiss();
+    });
+    m_view->setShortcutText(m_shortcutText);
+    m_panel->setContent(m_view);
+    m_panel->setOnResignKey([self] {
+        if (self)
+            self->resignKey();
+    });
+    if (m_traits.prepareWindow)
+        m_traits.prepareWindow(m_panel);
+}
+
+void FixPanelController::present(const QPoint& globalPoint) {
+    ensurePanel();
+    m_view->flushText();
+    m_panel->adjustSize();
+    const QPoint origin = PanelPlacement::originNextTo(globalPoint, m_panel->frameGeometry().size(),
+                                                       currentScreens());
+    m_panel->move(origin);
+    m_model.beginPresentation();
+    const bool wasVisible = m_panel->isVisible();
+    m_panel->show();
+    m_panel->raise();
+    m_panel->activateWindow();
+    if (!wasVisible)
+        Q_EMIT panelShown();
+}
+
+void FixPanelController::presentCentered(const std::optional<QString>& sampleText) {
+    if (sampleText && m_model.text().isEmpty())
+        m_model.setText(*sampleText);
+    m_model.setShowsShortcutHint(true);
+    present(PanelPlacement::centredAnchor(currentScreens()));
+}
+
+void FixPanelController::dismiss() {
+    if (m_model.stage().kind == PanelStage::Kind::working) {
+        m_model.cancel();
+        return;
+    }
+    resetAndHide();
+}
+
+void FixPanelController::resignKey() {
+    if (m_model.stage().kind == PanelStage::Kind::working)
+        return;
+    resetAndHide();
+}
+
+void FixPanelController::toggle() {
+    if (isPanelVisible()) {
+        resetAndHide();
+        return;
+    }
+    present(QCursor::pos());
+}
+
+void FixPanelController::resetAndHide() {
+    m_model.reset();
+    if (!m_panel || !m_panel->isVisible())
+        return;
+    m_panel->hide();
+    Q_EMIT panelHidden();
+}
+
+} // namespace scrivel

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "panel/FixPanelModel.h"
+#include "panel/FixPanelWindow.h"
+
+#include <QObject>
+#include <QPoint>
+#include <QPointer>
+#include <functional>
+#include <optional>
+
+namespace scrivel {
+
+class FixPanelView;
+class PresetStore;
+class RewriteCoordinator;
+
+// How the panel's window fits the desktop it runs on.
+struct PanelWindowTraits {
+    // Whether translucent windows are blended by a compositor.
+    bool composited = false;
+    // Platform hints for the new window (every desktop, out of the taskbar),
+    // applied before it is first shown.
+    std::function<void(QWidget*)> prepareWindow;
+};
+
+// Owns the floating panel and its model: creates the window on first use,
+// places it next to the pointer or near the top middle of the screen, and
+// hides it (emptying it) on Escape, on the loss of focus, or on the toggle.
+// A run in progress keeps the panel up against Escape and the loss of focus.
+class FixPanelController : public QObject {
+    Q_OBJECT
+
+public:
+    FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator,
+                       FixPanelModel::OpenPresets openPresets, FixPanelModel::CopyResult copyResult,
+                       PanelWindowTraits traits = {}, QObject* parent = nullptr);
+    ~FixPanelController() override;
+
+    FixPanelModel& model() { return m_model; }
+    // The window, once it has been created.
+    FixPanelWindow* panel() const { return m_panel; }
+    FixPanelView* view() const { return m_view; }
+    bool isPanelVisible() const;
+
+    // Where the hint reads the displayed form of the global shortcut.
+    void setShortcutText(std::function<std::optional<QString>()> shortcutText);
+    void refreshShortcutHint();
+
+    void present(const QPoint& globalPoint);
+    void presentCentered(const std::optional<QString>& sampleText);
+    void dismiss();
+    // The global shortcut: hide a visible panel whatever it is doing (a run is
+    // cancelled), otherwise show it at the pointer.
+    void toggle();
+
+Q_SIGNALS:
+    void panelShown();
+    void panelHidden();
+
+private:
+    void ensurePanel();
+    void resignKey();
+    void resetAndHide();
+
+    PresetStore& m_presets;
+    FixPanelModel m_model;
+    PanelWindowTraits m_traits;
+    std::function<std::optional<QString>()> m_shortcutText;
+    QPointer<FixPanelWindow> m_panel;
+    FixPanelView* m_view = nullptr;
+};
+
+} // namespace scrivel

@@ -1,0 +1,197 @@
+#include "panel/FixPanelView.h"
+
+#include "app/SettingsStatusLabel.h"
+#include "app/TintedIcon.h"
+#include "panel/FixPanelControlsRow.h"
+#include "panel/FixPanelControlsState.h"
+#include "panel/FixPanelModel.h"
+#include "panel/PanelTextEditor.h"
+#include "presets/PresetStore.h"
+
+#include <QAction>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QTextCursor>
+#include <QVBoxLayout>
+
+namespace scrivel {
+
+namespace {
+constexpr int panelWidth = 440;
+constexpr int padding = 16;
+constexpr int spacing = 8;
+constexpr int frameInterval = 16; // ms, about one display frame
+} // namespace
+
+FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
+                           QWidget* parent)
+    : QWidget(parent), m_model(model), m_presets(presets), m_onExit(std::move(onExit)),
+      m_editor(new PanelTextEditor(this)), m_outcome(new SettingsStatusLabel(this)),
+      m_controls(new FixPanelControlsRow(model, presets, this)), m_hint(new QLabel(this)) {
+    setFixedWidth(panelWidth);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setSpacing(spacing);
+
+    auto* editorRow = new QHBoxLayout;
+    editorRow->setSpacing(spacing);
+    auto* icon = new QLabel(this);
+    const int iconSide = fontMetrics().height() + 2;
+    icon->setPixmap(tintedSvgPixmap(QStringLiteral(":/icons/panel-bubble.svg"),
+                                    palette().color(QPalette::Highlight), {iconSide, iconSide},
+                                    devicePixelRatioF()));
+    icon->setContentsMargins(0, 5, 0, 0);
+    icon->setAccessibleName(QString());
+    editorRow->addWidget(icon, 0, Qt::AlignTop);
+    editorRow->addWidget(m_editor, 1);
+    layout->addLayout(editorRow);
+
+    auto* divider = new QFrame(this);
+    divider->setFrameShape(QFrame::HLine);
+    divider->setFrameShadow(QFrame::Plain);
+    divider->setForegroundRole(QPalette::Mid);
+    layout->addWidget(divider);
+    layout->addWidget(m_outcome);
+    layout->addWidget(m_controls);
+
+    QFont callout = m_hint->font();
+    callout.setPointSizeF(callout.pointSizeF() * 0.92);
+    m_hint->setFont(callout);
+    m_hint->setWordWrap(true);
+    QPalette secondary = m_hint->palette();
+    secondary.setColor(QPalette::WindowText, secondary.color(QPalette::PlaceholderText));
+    m_hint->setPalette(secondary);
+    layout->addWidget(m_hint);
+
+    m_editor->setOnSubmit([this] { m_model.run(); });
+    connect(m_editor, &QPlainTextEdit::textChanged, this, &FixPanelView::onEditorTextChanged);
+
+    m_frameTimer.setSingleShot(true);
+    m_frameTimer.setInterval(frameInterval);
+    connect(&m_frameTimer, &QTimer::timeout, this, [this] {
+        if (m_textPending)
+            showModelText();
+    });
+
+    auto* exit = new QAction(this);
+    exit->setShortcut(Qt::Key_Escape);
+    exit->setShortcutContext(Qt::WindowShortcut);
+    connect(exit, &QAction::triggered, this, [this] {
+        if (m_onExit)
+            m_onExit();
+    });
+    addAction(exit);
+
+    connect(&m_model, &FixPanelModel::textChanged, this, &FixPanelView::onModelTextChanged);
+    connect(&m_model, &FixPanelModel::stageChanged, this, &FixPanelView::applyState);
+    connect(&m_model, &FixPanelModel::originalTextChanged, this, &FixPanelView::applyState);
+    connect(&m_model, &FixPanelModel::showsShortcutHintChanged, this,
+            &FixPanelView::refreshShortcutHint);
+    connect(&m_model, &FixPanelModel::presentationIDChanged, this, &FixPanelView::focusText);
+    connect(&m_presets, &PresetStore::presetsChanged, this, &FixPanelView::rebuildPresetKeys);
+    // Whether Run is enabled also depends on the active preset.
+    connect(&m_presets, &PresetStore::activePresetIDChanged, this, &FixPanelView::applyState);
+    connect(&m_presets, &PresetStore::presetsChanged, this, &FixPanelView::applyState);
+
+    rebuildPresetKeys();
+    showModelText();
+    applyState();
+    refreshShortcutHint();
+}
+
+void FixPanelView::setShortcutText(ShortcutText shortcutText) {
+    m_shortcutText = std::move(shortcutText);
+    refreshShortcutHint();
+}
+
+void FixPanelView::refreshShortcutHint() {
+    const std::optional<QString> hint = m_model.showsShortcutHint() && m_shortcutText
+                                            ? shortcutHintText(m_shortcutText())
+                                            : std::nullopt;
+    m_hint->setText(hint.value_or(QString()));
+    m_hint->setVisible(hint.has_value());
+}
+
+void FixPanelView::flushText() {
+    if (m_textPending)
+        showModelText();
+}
+
+void FixPanelView::onModelTextChanged() {
+    // Every change of the text, the model's own included, goes back to it.
+    m_model.textDidChange();
+    if (m_applyingEditorText)
+        return;
+    m_textPending = true;
+    if (!m_frameTimer.isActive()) {
+        showModelText();
+        m_frameTimer.start();
+    }
+}
+
+void FixPanelView::showModelText() {
+    m_textPending = false;
+    const TextSnapshot& text = m_model.textSnapshot();
+    m_applyingModelText = true;
+    if (!m_shownText.isEmpty() && text.extends(m_shownText) && text.size() > m_shownText.size()) {
+        // A streamed reply grows at its end: add only what is new.
+        QTextCursor end(m_editor->document());
+        end.movePosition(QTextCursor::End);
+        end.insertText(text.view().sliced(m_shownText.size()).toString());
+    } else if (!(text == m_shownText)) {
+        m_editor->setPlainText(text.toString());
+    }
+    m_applyingModelText = false;
+    m_shownText = text;
+    m_editor->fitLinesTo(text.view());
+    applyState();
+}
+
+void FixPanelView::onEditorTextChanged() {
+    if (m_applyingModelText)
+        return;
+    m_applyingEditorText = true;
+    m_model.setText(m_editor->exactText());
+    m_applyingEditorText = false;
+    m_shownText = m_model.textSnapshot();
+    m_editor->fitLinesTo(m_shownText.view());
+    applyState();
+}
+
+void FixPanelView::applyState() {
+    const FixPanelControlsState state = FixPanelControlsState::of(m_model);
+    m_editor->setDisabledWhileWorking(!state.editorEnabled);
+    m_editor->setPinsScrollToEnd(state.pinsScrollToEnd);
+    m_outcome->setVisible(state.outcome.has_value());
+    if (state.outcome)
+        m_outcome->setStatus(*state.outcome);
+    m_controls->apply(state);
+}
+
+void FixPanelView::rebuildPresetKeys() {
+    qDeleteAll(m_presetKeys);
+    m_presetKeys.clear();
+    const QList<Preset>& presets = m_presets.presets();
+    for (int i = 0; i < std::min<qsizetype>(9, presets.size()); ++i) {
+        auto* key = new QAction(this);
+        // Ctrl on Linux; Qt maps it to Command on the Mac.
+        key->setShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + i)));
+        key->setShortcutContext(Qt::WindowShortcut);
+        const QUuid id = presets[i].id;
+        connect(key, &QAction::triggered, this, [this, id] { m_model.selectPreset(id); });
+        addAction(key);
+        m_presetKeys.append(key);
+    }
+}
+
+void FixPanelView::focusText() {
+    // After the window has been shown and activated.
+    QTimer::singleShot(0, this, [this] {
+        if (m_editor->isEnabled())
+            m_editor->setFocus(Qt::OtherFocusReason);
+    });
+}
+
+} // namespace scrivel

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "support/TextSnapshot.h"
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <optional>
+
+class QAction;
+class QLabel;
+
+namespace scrivel {
+
+class FixPanelControlsRow;
+class FixPanelModel;
+class PanelTextEditor;
+class PresetStore;
+class SettingsStatusLabel;
+
+// The panel's content: the text field with its icon, a divider, the outcome
+// of the last run, the controls row and the shortcut hint. It shows the model
+// and forwards what the user does to it.
+class FixPanelView : public QWidget {
+    Q_OBJECT
+
+public:
+    using ShortcutText = std::function<std::optional<QString>()>;
+
+    FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
+                 QWidget* parent = nullptr);
+
+    // Where the hint reads the displayed form of the global shortcut.
+    void setShortcutText(ShortcutText shortcutText);
+    // Call when the global shortcut changes.
+    void refreshShortcutHint();
+    // Shows the model's newest text at once instead of at the next frame.
+    void flushText();
+
+    PanelTextEditor* editor() const { return m_editor; }
+    FixPanelControlsRow* controls() const { return m_controls; }
+    SettingsStatusLabel* outcome() const { return m_outcome; }
+    QLabel* hint() const { return m_hint; }
+    const QList<QAction*>& presetKeys() const { return m_presetKeys; }
+
+private:
+    void onModelTextChanged();
+    void showModelText();
+    void onEditorTextChanged();
+    void applyState();
+    void rebuildPresetKeys();
+    void focusText();
+
+    FixPanelModel& m_model;
+    PresetStore& m_presets;
+    std::function<void()> m_onExit;
+    ShortcutText m_shortcutText;
+
+    PanelTextEditor* m_editor;
+    SettingsStatusLabel* m_outcome;
+    FixPanelControlsRow* m_controls;
+    QLabel* m_hint;
+    QList<QAction*> m_presetKeys;
+
+    // A streamed reply changes the text thousands of times; the editor is
+    // brought up to date at most once a frame.
+    QTimer m_frameTimer;
+    bool m_textPending = false;
+    TextSnapshot m_shownText;
+    bool m_applyingModelText = false;
+    bool m_applyingEditorText = false;
+};
+
+} // namespace scrivel
