@@ -179,6 +179,14 @@ RewriteCoordinator::RewriteCoordinator(PresetTransforming& transformer, QObject*
       m_timeoutScale([](int seconds) { return std::chrono::milliseconds(seconds * 1000LL); }),
       m_clock(steadyDeadlineClock()) {}
 
+RewriteCoordinator::~RewriteCoordinator() {
+    // Runs still in flight go first, while the set they leave still exists
+    // (QObject would delete them only after the members are gone).
+    const QSet<Run*> runs = m_runs;
+    for (Run* run : runs)
+        delete run;
+}
+
 void RewriteCoordinator::setTimeoutScale(TimeoutScale scale) {
     m_timeoutScale = std::move(scale);
 }

@@ -34,6 +34,7 @@ public:
     using TimeoutScale = std::function<std::chrono::milliseconds(int seconds)>;
 
     explicit RewriteCoordinator(PresetTransforming& transformer, QObject* parent = nullptr);
+    ~RewriteCoordinator() override;
 
     void setTimeoutScale(TimeoutScale scale);
     // The clock that run deadlines are measured on; it must keep running
