@@ -1,18 +1,56 @@
 #include "AppDelegate.h"
 
 #include "app/Clipboard.h"
+#include "app/ConventionalWindowCoordinator.h"
+#include "app/ShortcutActionBinding.h"
+#include "app/ShortcutRecorder.h"
+#include "app/StatusItemController.h"
 #include "app/WakeObserver.h"
+#include "app/WindowSession.h"
+#include "linux/DBusStatusItemExport.h"
 #include "linux/LinuxServices.h"
+#include "linux/NoOpAnnouncer.h"
+#include "linux/XdgAutostartLoginItemService.h"
 
+#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QPointer>
 #include <QTimer>
 
 namespace scrivel {
 
 AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
-                         PanelWindowTraits panelTraits, QObject* parent)
+                         HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent)
     : QObject(parent), m_services(services), m_clipboard(clipboard), m_wakeObserver(wakeObserver),
-      m_panelTraits(std::move(panelTraits)) {}
+      m_panelTraits(std::move(panelTraits)), m_shortcuts(services.settings(), hotKeys),
+      m_announcer(std::make_unique<NoOpAnnouncer>()) {
+    m_shortcutRecorder = [this](QWidget* parent) {
+        return new ShortcutRecorder(m_shortcuts, ShortcutName::rewriteFocusedField(),
+                                    menuItemLookup(), parent);
+    };
+    MainWindowServices windowServices;
+    windowServices.store = &m_services.presets();
+    windowServices.keys = &m_services.keys();
+    windowServices.settings = &m_services.settings();
+    windowServices.loadModels = PresetEditorModel::hubModelLoader(m_services.hub());
+    windowServices.runTestTransform = PresetEditorModel::hubTestTransform(m_services.hub());
+    ProviderHub& hub = m_services.hub();
+    windowServices.onDeviceUnavailable = [&hub] {
+        Preset onDevice;
+        onDevice.providerID = Preset::onDeviceProviderID();
+        return hub.unavailableReason(onDevice);
+    };
+    windowServices.settingsPage = [this](QWidget* parent) { return makeSettingsView(parent); };
+    m_mainWindow = std::make_unique<MainWindowController>(std::move(windowServices));
+    // The main window is the one conventional window: while it is open Scrivel
+    // is an ordinary app.
+    connect(m_mainWindow.get(), &MainWindowController::windowShown, this, [](QWidget* window) {
+        ConventionalWindowCoordinator& coordinator = ConventionalWindowCoordinator::shared();
+        if (!window->findChild<WindowSession*>(QString(), Qt::FindDirectChildrenOnly))
+            new WindowSession(window, coordinator);
+        coordinator.track(window);
+    });
+}
 
 AppDelegate::~AppDelegate() = default;
 
@@ -24,8 +62,11 @@ void AppDelegate::launch() {
     const bool onDeviceAvailable = m_services.onDeviceModel().availability().isAvailable();
     m_services.presets().seedIfEmpty(onDeviceAvailable);
     createFixPanel();
-    // Next in this order: the status item, the updater (when configured) and
-    // the global shortcut's key-up handler.
+    createStatusItem();
+    // Linux has no update framework: this makes no controller even in a
+    // build configured for updates.
+    m_updater.startIfConfigured();
+    attachGlobalShortcut();
     observeWake();
     prewarmActivePreset();
     showPanelAtFirstLaunch();
@@ -44,6 +85,63 @@ void AppDelegate::createFixPanel() {
     };
     m_fixPanel = std::make_unique<FixPanelController>(
         m_services.presets(), m_services.coordinator(), openPresets, copyResult, m_panelTraits);
+}
+
+void AppDelegate::createStatusItem() {
+    QPointer<AppDelegate> self(this);
+    StatusItemController::Actions actions;
+    actions.presentPanelCentred = [self] {
+        if (self && self->m_fixPanel)
+            self->m_fixPanel->presentCentered(std::nullopt);
+    };
+    actions.showSettings = [self](UpdaterController&, std::function<void()>) {
+        if (self)
+            self->openMainWindow(true);
+    };
+    KeyboardShortcuts& shortcuts = m_shortcuts;
+    actions.setShortcutEnabled = [&shortcuts](bool enabled) {
+        const QList<ShortcutName> names{ShortcutName::rewriteFocusedField()};
+        if (enabled)
+            shortcuts.enable(names);
+        else
+            shortcuts.disable(names);
+    };
+    actions.bindOpenPanelAction = [&shortcuts](QAction* openPanel) {
+        ShortcutActionBinding::bind(openPanel, shortcuts, ShortcutName::rewriteFocusedField());
+    };
+    actions.quit = [] { QCoreApplication::quit(); };
+    m_statusItem =
+        std::make_unique<StatusItemController>(m_services.coordinator(), m_services.presets(),
+                                               m_updater, *m_announcer, std::move(actions));
+    // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
+    // its tooltip to no one else.
+    m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());
+}
+
+SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
+    if (!m_loginItems)
+        m_loginItems = std::make_unique<XdgAutostartLoginItemService>(
+            QGuiApplication::desktopFileName().isEmpty() ? QStringLiteral("com.scrivel.app")
+                                                         : QGuiApplication::desktopFileName());
+    return new SettingsView(*m_loginItems, m_updater, m_shortcutRecorder, parent);
+}
+
+void AppDelegate::attachGlobalShortcut() {
+    const ShortcutName& name = ShortcutName::rewriteFocusedField();
+    KeyboardShortcuts& shortcuts = m_shortcuts;
+    m_fixPanel->setShortcutText([&shortcuts, name] { return shortcuts.displayText(name); });
+    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, m_fixPanel.get(),
+            &FixPanelController::refreshShortcutHint);
+    // The controller queues the toggle, so the hot-key handler returns at once.
+    QPointer<AppDelegate> self(this);
+    m_hotKey = std::make_unique<HotKeyController>(m_shortcuts, [self] {
+        if (self)
+            self->togglePanel();
+    });
+}
+
+ShortcutRecorderModel::MenuItemLookup AppDelegate::menuItemLookup() {
+    return &ShortcutActionBinding::applicationMenuItemUsing;
 }
 
 void AppDelegate::observeWake() {
@@ -79,8 +177,13 @@ void AppDelegate::openMainWindow(bool selectSettings) {
         m_openMainWindow(selectSettings);
         return;
     }
-    if (m_fixPanel)
-        m_fixPanel->presentCentered(std::nullopt);
+    // Every change of a preset made in the window (and every import) may
+    // have changed the active preset, which is prepared again.
+    QPointer<AppDelegate> self(this);
+    m_mainWindow->present(selectSettings, [self] {
+        if (self)
+            QTimer::singleShot(0, self, &AppDelegate::prewarmActivePreset);
+    });
 }
 
 } // namespace scrivel

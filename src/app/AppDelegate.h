@@ -1,5 +1,11 @@
 #pragma once
 
+#include "app/HotKeyController.h"
+#include "app/KeyboardShortcuts.h"
+#include "app/SettingsView.h"
+#include "app/ShortcutRecorderModel.h"
+#include "app/UpdaterController.h"
+#include "editor/MainWindowController.h"
 #include "panel/FixPanelController.h"
 
 #include <QObject>
@@ -8,13 +14,19 @@
 
 namespace scrivel {
 
+class Announcer;
 class Clipboard;
+class DBusStatusItemExport;
+class HotKeyService;
 class LinuxServices;
+class LoginItemService;
+class StatusItemController;
 class WakeObserver;
 
 // Creates and owns the desktop app's long-lived pieces and runs the launch
-// sequence: on-device availability, seeding the presets, the panel, the wake
-// observer, prewarming, and the panel shown once at the very first launch.
+// sequence: on-device availability, seeding the presets, the panel, the tray
+// item, the updater, the wake observer, prewarming, and the panel shown once
+// at the very first launch.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -22,7 +34,7 @@ public:
     static QString hasSeenPanelKey() { return QStringLiteral("scrivel.panel.has-seen"); }
 
     AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
-                PanelWindowTraits panelTraits, QObject* parent = nullptr);
+                HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     // Starts the launch sequence on the event loop and returns at once.
@@ -30,6 +42,17 @@ public:
     bool hasLaunched() const { return m_fixPanel != nullptr; }
 
     FixPanelController* fixPanel() const { return m_fixPanel.get(); }
+    // The main window's presenter; its signals report the window shown and
+    // closed, its settings page comes from setSettingsPage().
+    MainWindowController& mainWindow() const { return *m_mainWindow; }
+    StatusItemController* statusItem() const { return m_statusItem.get(); }
+    UpdaterController& updater() { return m_updater; }
+    // The global shortcuts: the tray's "Open Panel" item binds to it and
+    // disables it while its menu is open; the settings page records into it.
+    KeyboardShortcuts& shortcuts() { return m_shortcuts; }
+    // What the shortcut recorder asks before it stores a combination: the
+    // title of an item in any of the app's menus that already uses it.
+    static ShortcutRecorderModel::MenuItemLookup menuItemLookup();
 
     // The global shortcut's action: hide a visible panel, otherwise show it
     // at the pointer.
@@ -37,12 +60,16 @@ public:
     // A second start of the app asks the running one to come forward.
     void activate();
 
-    // How the main window is opened; until one is wired, the panel stands in.
+    // Replaces how the main window is opened (tests).
     void setOpenMainWindow(std::function<void(bool selectSettings)> open) {
         m_openMainWindow = std::move(open);
     }
 
     void prewarmActivePreset();
+
+    // The main window's settings page, over this session's login items and
+    // the updater, with the recorder of the global shortcut.
+    SettingsView* makeSettingsView(QWidget* parent);
 
 Q_SIGNALS:
     void launched();
@@ -50,6 +77,8 @@ Q_SIGNALS:
 private:
     void launch();
     void createFixPanel();
+    void createStatusItem();
+    void attachGlobalShortcut();
     void observeWake();
     void showPanelAtFirstLaunch();
     void openMainWindow(bool selectSettings);
@@ -58,8 +87,17 @@ private:
     Clipboard& m_clipboard;
     WakeObserver* m_wakeObserver;
     PanelWindowTraits m_panelTraits;
+    KeyboardShortcuts m_shortcuts;
+    UpdaterController m_updater;
+    std::unique_ptr<LoginItemService> m_loginItems;
+    SettingsView::RecorderFactory m_shortcutRecorder;
+    std::unique_ptr<Announcer> m_announcer;
     std::unique_ptr<FixPanelController> m_fixPanel;
+    std::unique_ptr<StatusItemController> m_statusItem;
+    std::unique_ptr<DBusStatusItemExport> m_statusItemExport;
+    std::unique_ptr<HotKeyController> m_hotKey;
     std::function<void(bool)> m_openMainWindow;
+    std::unique_ptr<MainWindowController> m_mainWindow;
 };
 
 } // namespace scrivel

@@ -3,7 +3,9 @@
 #include "linux/LinuxServices.h"
 #include "linux/LogindWakeObserver.h"
 #include "linux/QtClipboard.h"
+#include "linux/UnavailableHotKeyService.h"
 #include "linux/X11Desktop.h"
+#include "linux/X11HotKeyService.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -99,7 +101,13 @@ int main(int argc, char** argv) {
         scrivel::X11Desktop::markAsFloatingPanel(window->winId());
     };
 
-    scrivel::AppDelegate delegate(services, clipboard, &wakeObserver, panelTraits);
+    // Global grabs exist on X11 only; elsewhere `scrivel --toggle` bound to a
+    // desktop shortcut stands in (the no-op service says so once).
+    std::unique_ptr<scrivel::HotKeyService> hotKeys = scrivel::X11HotKeyService::forApplication();
+    if (!hotKeys)
+        hotKeys = std::make_unique<scrivel::UnavailableHotKeyService>();
+
+    scrivel::AppDelegate delegate(services, clipboard, &wakeObserver, *hotKeys, panelTraits);
     QObject::connect(&instance, &scrivel::SingleInstance::activateRequested, &delegate,
                      &scrivel::AppDelegate::activate);
     QObject::connect(&instance, &scrivel::SingleInstance::toggleRequested, &delegate,

@@ -21,7 +21,7 @@ public:
     void remove(const QString& key) override;
 
     int writeCount() const { return m_writes; }
-    bool contains(const QString& key) const { return m_values.contains(key); }
+    bool contains(const QString& key) const override { return m_values.contains(key); }
 
 private:
     QHash<QString, QVariant> m_values;

@@ -20,6 +20,7 @@ public:
     std::optional<QByteArray> data(const QString& key) const override;
     std::optional<QString> text(const QString& key) const override;
     std::optional<bool> boolean(const QString& key) const override;
+    bool contains(const QString& key) const override { return m_settings->contains(key); }
 
     void setData(const QString& key, const QByteArray& value) override;
     void setText(const QString& key, const QString& value) override;

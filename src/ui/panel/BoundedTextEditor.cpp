@@ -18,9 +18,13 @@ BoundedTextEditor::BoundedTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
     setLineWrapMode(QPlainTextEdit::WidgetWidth);
     setTabChangesFocus(true);
     document()->setDocumentMargin(0);
-    // The editor's own background is hidden: the container's shows through.
-    viewport()->setAutoFillBackground(false);
-    setAutoFillBackground(false);
+    // The editor's own background takes the container's colour. (Leaving it
+    // unpainted does not work: the text view paints opaquely and would leave
+    // stale pixels behind.)
+    QPalette blended = palette();
+    for (QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+        blended.setColor(group, QPalette::Base, blended.color(group, QPalette::Window));
+    setPalette(blended);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(this, &QPlainTextEdit::textChanged, this, [this] {
@@ -66,7 +70,10 @@ QString BoundedTextEditor::exactText() const {
 
 void BoundedTextEditor::applyMetrics() {
     const int horizontal = m_showsBorder ? borderedHorizontalInset : 0;
-    setViewportMargins(horizontal, verticalInset, horizontal, verticalInset);
+    // The text view counts a line as visible only with one pixel to spare
+    // below it; that pixel comes out of the bottom inset, so the height stays
+    // lines × line height + 8 and the last line is not scrolled away.
+    setViewportMargins(horizontal, verticalInset, horizontal, verticalInset - 1);
     setFixedHeight(heightForLines(m_lines));
     // Below the tallest size the text fits (a scroll bar would only eat the
     // width); at it, longer texts scroll.

@@ -162,7 +162,12 @@ void FixPanelView::onEditorTextChanged() {
 
 void FixPanelView::applyState() {
     const FixPanelControlsState state = FixPanelControlsState::of(m_model);
+    const bool returnFocus = state.editorEnabled && !m_editor->isEnabled() && isActiveWindow();
     m_editor->setDisabledWhileWorking(!state.editorEnabled);
+    // Disabling the field during a run took its focus; the result is edited
+    // or replaced next, so the field gets it back.
+    if (returnFocus)
+        m_editor->setFocus(Qt::OtherFocusReason);
     m_editor->setPinsScrollToEnd(state.pinsScrollToEnd);
     m_outcome->setVisible(state.outcome.has_value());
     if (state.outcome)

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Measures the desktop app's cold start on a private Xvfb with trayer as the
+# tray host and no window manager: start → tray icon, PSS after 3 s, and
+# shortcut → panel. Builds the release preset first.
+#   bench/app-startup.sh [runs]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+cmake --preset release >/dev/null
+cmake --build --preset release --target scrivel bench_AppStartup >/dev/null
+runs="${1:-7}"
+inner=$(cat <<'INNER'
+set -euo pipefail
+trayer --edge top --align right --widthtype request --height 24 --SetDockType false &
+tray=$!
+sleep 1
+build/release/bench/bench_AppStartup build/release/src/app/scrivel "$1"
+kill $tray
+INNER
+)
+exec xvfb-run -a -s "-screen 0 1280x800x24" dbus-run-session -- bash -c "$inner" bash "$runs"

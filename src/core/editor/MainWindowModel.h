@@ -1,0 +1,83 @@
+#pragma once
+
+#include "editor/MainSidebarItem.h"
+#include "presets/Preset.h"
+
+#include <QCoreApplication>
+#include <QObject>
+#include <QUuid>
+#include <functional>
+#include <optional>
+
+namespace scrivel {
+
+class PresetStore;
+
+// The state of the main window: what the sidebar has selected, the pack
+// picker, and the pending deletion, with the sidebar's rules for adding,
+// deleting and following imports.
+class MainWindowModel : public QObject {
+    Q_OBJECT
+
+public:
+    MainWindowModel(PresetStore& store, std::function<void()> onChanged, QObject* parent = nullptr);
+
+    PresetStore& store() const { return m_store; }
+    // Handed to each editor model, which calls it after every save.
+    const std::function<void()>& onChanged() const { return m_onChanged; }
+
+    const std::optional<MainSidebarItem>& selection() const { return m_selection; }
+    void setSelection(const std::optional<MainSidebarItem>& selection);
+    // The selected preset when the store still holds it.
+    std::optional<Preset> selectedPreset() const;
+
+    // Before the window is shown: the settings entry, or the selected preset
+    // when it still exists and otherwise the active one.
+    void prepareSelection(bool showSettings);
+
+    bool isShowingPackPicker() const { return m_isShowingPackPicker; }
+    void setShowingPackPicker(bool showing);
+
+    // Appends a copy of the selected preset (or of the active one when no
+    // preset is selected) and selects it.
+    QUuid addPreset();
+
+    // Deleting asks first: the preset waits here while the confirmation shows.
+    void requestDeletion(const QUuid& id);
+    void requestDeletionOfSelection();
+    const std::optional<Preset>& presetPendingDeletion() const { return m_pendingDeletion; }
+    bool isShowingDeleteConfirmation() const { return m_pendingDeletion.has_value(); }
+    // Deletes the pending preset (the store keeps the last one) and selects
+    // the preset the store names.
+    void confirmDeletion();
+    void cancelDeletion();
+    static QString deleteConfirmationTitle();
+    static QString deleteConfirmationMessage(const Preset& preset);
+
+    // "Export Selected…" is offered only while a preset is selected.
+    bool canExportSelected() const;
+    // The delete button works only on a selected preset that is not the last.
+    bool canDeleteSelection() const;
+
+    // After an import: select the first affected preset when the store has it.
+    void didImport(const std::optional<QUuid>& firstAffectedID);
+
+    bool isActive(const QUuid& id) const;
+    // The second line of a sidebar row: the provider, and the model when set.
+    static QString sidebarSubtitle(const Preset& preset);
+    static QString sidebarTooltip(bool isActive);
+
+Q_SIGNALS:
+    void selectionChanged();
+    void isShowingPackPickerChanged();
+    void deleteConfirmationChanged();
+
+private:
+    PresetStore& m_store;
+    std::function<void()> m_onChanged;
+    std::optional<MainSidebarItem> m_selection;
+    bool m_isShowingPackPicker = false;
+    std::optional<Preset> m_pendingDeletion;
+};
+
+} // namespace scrivel

@@ -1,0 +1,14 @@
+#include "editor/PresetConnectionState.h"
+
+namespace scrivel {
+
+QString PresetConnectionState::message() const {
+    if (m_kind != Kind::failed || !m_failure)
+        return {};
+    QString text = m_failure->message();
+    if (m_savedKeyUnchanged)
+        text += tr(" The saved API key is unchanged.");
+    return text;
+}
+
+} // namespace scrivel

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "providers/ProviderConnectionFailure.h"
+
+#include <QCoreApplication>
+#include <QString>
+#include <optional>
+
+namespace scrivel {
+
+// Where the editor stands with the preset's provider: not connected, fetching
+// the model list, connected, or failed with a classified failure.
+class PresetConnectionState {
+    Q_DECLARE_TR_FUNCTIONS(PresetConnectionState)
+
+public:
+    enum class Kind { disconnected, connecting, connected, failed };
+
+    static PresetConnectionState disconnected() {
+        return PresetConnectionState(Kind::disconnected);
+    }
+    static PresetConnectionState connecting() { return PresetConnectionState(Kind::connecting); }
+    static PresetConnectionState connected() { return PresetConnectionState(Kind::connected); }
+    // savedKeyUnchanged: a key could not be saved and the one stored before
+    // still serves the provider.
+    static PresetConnectionState failed(const ProviderConnectionFailure& failure,
+                                        bool savedKeyUnchanged = false) {
+        PresetConnectionState state(Kind::failed);
+        state.m_failure = failure;
+        state.m_savedKeyUnchanged = savedKeyUnchanged;
+        return state;
+    }
+
+    Kind kind() const { return m_kind; }
+    const std::optional<ProviderConnectionFailure>& failure() const { return m_failure; }
+    bool savedKeyUnchanged() const { return m_savedKeyUnchanged; }
+
+    // The sentence of the Models row: the failure's sentence, plus a note when
+    // the saved key is unchanged. Empty unless failed.
+    QString message() const;
+
+    friend bool operator==(const PresetConnectionState&, const PresetConnectionState&) = default;
+
+private:
+    explicit PresetConnectionState(Kind kind) : m_kind(kind) {}
+
+    Kind m_kind;
+    std::optional<ProviderConnectionFailure> m_failure;
+    bool m_savedKeyUnchanged = false;
+};
+
+} // namespace scrivel

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "app/Announcer.h"
+
+namespace scrivel {
+
+// Qt offers no announcements to Linux screen readers; the texts stay in the
+// accessible values of the controls that show them.
+class NoOpAnnouncer : public Announcer {
+public:
+    void announce(const QString&) override {}
+};
+
+} // namespace scrivel

@@ -1,0 +1,13 @@
+#include "linux/UnavailableHotKeyService.h"
+
+#include <cstdio>
+
+namespace scrivel {
+
+UnavailableHotKeyService::UnavailableHotKeyService(QObject* parent) : HotKeyService(parent) {
+    std::fputs("scrivel: global shortcuts need an X11 session; bind \"scrivel --toggle\" to a "
+               "shortcut in your desktop’s keyboard settings instead.\n",
+               stderr);
+}
+
+} // namespace scrivel

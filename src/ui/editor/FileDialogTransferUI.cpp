@@ -1,0 +1,65 @@
+#include "editor/FileDialogTransferUI.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+namespace scrivel {
+
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("FileDialogTransferUI", text);
+}
+
+QString jsonFilter() {
+    return tr("JSON files (*.json)");
+}
+
+QString documentsFolder() {
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return documents.isEmpty() ? QDir::homePath() : documents;
+}
+
+} // namespace
+
+std::optional<QString> FileDialogTransferUI::chooseImportFile() {
+    QFileDialog dialog(m_parent, tr("Import a Scrivel preset pack."), documentsFolder());
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setNameFilter(jsonFilter());
+    dialog.setLabelText(QFileDialog::Accept, tr("Import"));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    return dialog.selectedFiles().first();
+}
+
+std::optional<QString> FileDialogTransferUI::chooseExportFile(const QString& proposedFileName) {
+    QFileDialog dialog(m_parent, tr("Export presets as a shareable pack."), documentsFolder());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setNameFilter(jsonFilter());
+    dialog.setLabelText(QFileDialog::Accept, tr("Export"));
+    dialog.selectFile(proposedFileName);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    return dialog.selectedFiles().first();
+}
+
+void FileDialogTransferUI::showFailure(const QString& title, const QString& message) {
+    showFailureAlert(m_parent, title, message);
+}
+
+void FileDialogTransferUI::showFailureAlert(QWidget* parent, const QString& title,
+                                            const QString& message) {
+    QMessageBox box(QMessageBox::Warning, title, title, QMessageBox::NoButton, parent);
+    box.setInformativeText(message);
+    QPushButton* close = box.addButton(tr("Close"), QMessageBox::AcceptRole);
+    box.setDefaultButton(close);
+    box.setEscapeButton(close);
+    box.exec();
+}
+
+} // namespace scrivel

@@ -1,0 +1,98 @@
+#include "editor/MainWindowController.h"
+
+#include "editor/FileDialogTransferUI.h"
+#include "editor/MainWindow.h"
+#include "editor/MainWindowModel.h"
+#include "presets/PresetStore.h"
+#include "presets/PresetTransfer.h"
+
+namespace scrivel {
+
+MainWindowController::MainWindowController(MainWindowServices services, QObject* parent)
+    : QObject(parent), m_services(std::move(services)),
+      m_model(
+          std::make_unique<MainWindowModel>(*m_services.store, [this] { presetsDidChange(); })) {
+    connect(&PresetTransferNotifier::instance(), &PresetTransferNotifier::didImport, this,
+            [this](std::optional<QUuid> firstAffectedID) { m_model->didImport(firstAffectedID); });
+}
+
+MainWindowController::~MainWindowController() {
+    if (m_window) {
+        m_window->saveFrame();
+        delete m_window;
+    }
+}
+
+MainWindow* MainWindowController::window() const {
+    return m_window;
+}
+
+void MainWindowController::presetsDidChange() {
+    if (m_presetsChanged)
+        m_presetsChanged();
+}
+
+void MainWindowController::present(bool selectSettings, std::function<void()> presetsChanged) {
+    if (presetsChanged)
+        m_presetsChanged = std::move(presetsChanged);
+    m_model->prepareSelection(selectSettings);
+    if (!m_window) {
+        m_window = new MainWindow(*m_model, m_services);
+        connect(m_window, &MainWindow::settingsRequested, this,
+                &MainWindowController::showSettings);
+        connect(m_window, &MainWindow::importRequested, this, &MainWindowController::importPresets);
+        connect(m_window, &MainWindow::exportAllRequested, this,
+                qOverload<>(&MainWindowController::exportPresets));
+        connect(m_window, &MainWindow::exportRequested, this,
+                [this](const QUuid& id) { exportPresets(QSet<QUuid>{id}); });
+        connect(m_window, &MainWindow::addFromPackRequested, this,
+                &MainWindowController::addFromPack);
+        connect(m_window, &MainWindow::packChosen, this, [this](const PresetPackDocument& pack) {
+            FileDialogTransferUI ui(m_window);
+            if (PresetTransfer::addShippedPack(*m_services.store, pack, ui))
+                presetsDidChange();
+        });
+        MainWindow* window = m_window;
+        connect(m_window, &QObject::destroyed, this,
+                [this, window] { Q_EMIT windowClosed(window); });
+        m_window->restoreFrame();
+    }
+    if (m_window->isMinimized())
+        m_window->showNormal();
+    else
+        m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+    Q_EMIT windowShown(m_window);
+}
+
+void MainWindowController::showSettings() {
+    present(true);
+}
+
+void MainWindowController::importPresets() {
+    present(false);
+    FileDialogTransferUI ui(m_window);
+    PresetTransfer::importFromFile(*m_services.store, ui);
+    // Imported presets may include the active one; it is prepared again.
+    presetsDidChange();
+}
+
+void MainWindowController::exportPresets() {
+    present(false);
+    FileDialogTransferUI ui(m_window);
+    PresetTransfer::exportAll(*m_services.store, ui);
+}
+
+void MainWindowController::exportPresets(const QSet<QUuid>& ids) {
+    present(false);
+    FileDialogTransferUI ui(m_window);
+    PresetTransfer::exportSelection(*m_services.store, ids, ui);
+}
+
+void MainWindowController::addFromPack() {
+    present(false);
+    m_model->setShowingPackPicker(true);
+}
+
+} // namespace scrivel

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "editor/MainWindowServices.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QSet>
+#include <QUuid>
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace scrivel {
+
+class MainWindow;
+class MainWindowModel;
+
+// Presents the one main window and runs the pack flows for it. The
+// application's menus, the tray and the panel all open the window through
+// present(); the window tracker hears of it through windowShown and
+// windowClosed.
+class MainWindowController : public QObject {
+    Q_OBJECT
+
+public:
+    explicit MainWindowController(MainWindowServices services, QObject* parent = nullptr);
+    ~MainWindowController() override;
+
+    // Opens the window on the settings or on the presets (the selected one
+    // when it still exists, else the active one), or brings the open window
+    // to the front. presetsChanged is called after every change of a preset
+    // made in the window, and after imports.
+    void present(bool selectSettings, std::function<void()> presetsChanged = {});
+
+    // The main menu's actions. Each opens the window on the presets first.
+    void showSettings();
+    void importPresets();
+    void exportPresets();
+    void exportPresets(const QSet<QUuid>& ids);
+    void addFromPack();
+
+    // The page shown for the sidebar's Settings entry, from the next time the
+    // detail area shows it.
+    void setSettingsPage(std::function<QWidget*(QWidget* parent)> factory) {
+        m_services.settingsPage = std::move(factory);
+    }
+
+    MainWindow* window() const;
+    MainWindowModel& model() const { return *m_model; }
+
+Q_SIGNALS:
+    // The window was shown (made or brought to the front) and closed.
+    void windowShown(QWidget* window);
+    void windowClosed(QWidget* window);
+
+private:
+    void presetsDidChange();
+
+    MainWindowServices m_services;
+    std::unique_ptr<MainWindowModel> m_model;
+    QPointer<MainWindow> m_window;
+    std::function<void()> m_presetsChanged;
+};
+
+} // namespace scrivel

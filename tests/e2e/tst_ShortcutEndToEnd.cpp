@@ -1,0 +1,188 @@
+#include "app/Shortcut.h"
+#include "app/ShortcutName.h"
+#include "linux/QSettingsStore.h"
+#include "support/X11TestClient.h"
+
+#include <QProcess>
+#include <QRect>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace scrivel;
+using test::X11TestClient;
+
+namespace {
+
+constexpr xcb_keysym_t returnKeysym = 0xff0d;
+constexpr xcb_keysym_t kKeysym = 0x6b;
+constexpr uint16_t ctrlAlt = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
+constexpr uint16_t ctrlShift = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_SHIFT;
+
+QByteArray xdotool(const QStringList& arguments) {
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), arguments);
+    process.waitForFinished(10000);
+    return process.readAllStandardOutput();
+}
+
+} // namespace
+
+// The real scrivel under the test display: the global shortcut opens the
+// panel next to the pointer from anywhere and closes it again, and a
+// shortcut changed in the settings file takes over after a restart.
+class ShortcutEndToEndTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void shortcutTogglesThePanelNearThePointer();
+    void changedShortcutWorksAfterARestart();
+    void combinationHeldElsewhereIsReported();
+
+private:
+    void startApp();
+    void stopApp();
+    QList<QRect> visibleWindows();
+    void press(const QString& keys);
+    std::optional<QString> storedShortcut() const;
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<QProcess> m_app;
+    std::unique_ptr<QSettingsStore> m_settings;
+};
+
+void ShortcutEndToEndTest::initTestCase() {
+    if (qEnvironmentVariableIsEmpty("DISPLAY"))
+        QSKIP("needs an X display (scripts/test provides one through xvfb-run)");
+    if (QStandardPaths::findExecutable(QStringLiteral("xdotool")).isEmpty())
+        QSKIP("needs xdotool (installed by scripts/install-deps)");
+}
+
+void ShortcutEndToEndTest::init() {
+    m_home = std::make_unique<QTemporaryDir>();
+    m_settings = std::make_unique<QSettingsStore>(m_home->path() +
+                                                  QStringLiteral("/config/Scrivel/Scrivel.conf"));
+    // Not the first launch: no welcome panel in the way.
+    m_settings->setBoolean(QStringLiteral("scrivel.panel.has-seen"), true);
+}
+
+void ShortcutEndToEndTest::cleanup() {
+    stopApp();
+}
+
+void ShortcutEndToEndTest::startApp() {
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home->path() + QStringLiteral("/config"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), m_home->path() + QStringLiteral("/data"));
+    env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
+    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    m_app = std::make_unique<QProcess>();
+    m_app->setProcessEnvironment(env);
+    m_app->start(QStringLiteral(SCRIVEL_APP_PATH), {});
+    QVERIFY(m_app->waitForStarted());
+}
+
+void ShortcutEndToEndTest::stopApp() {
+    if (!m_app)
+        return;
+    m_app->terminate();
+    if (!m_app->waitForFinished(5000)) {
+        m_app->kill();
+        m_app->waitForFinished(5000);
+    }
+    m_app.reset();
+}
+
+QList<QRect> ShortcutEndToEndTest::visibleWindows() {
+    QList<QRect> windows;
+    const QByteArray ids = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                    QStringLiteral("--pid"), QString::number(m_app->processId())});
+    for (const QByteArray& id : ids.split('\n')) {
+        if (id.trimmed().isEmpty())
+            continue;
+        const QByteArray shell = xdotool({QStringLiteral("getwindowgeometry"),
+                                          QStringLiteral("--shell"), QString::fromLatin1(id)});
+        QHash<QByteArray, int> values;
+        for (const QByteArray& line : shell.split('\n')) {
+            const qsizetype equals = line.indexOf('=');
+            if (equals > 0)
+                values.insert(line.left(equals), line.mid(equals + 1).toInt());
+        }
+        windows.append(QRect(values.value("X"), values.value("Y"), values.value("WIDTH"),
+                             values.value("HEIGHT")));
+    }
+    return windows;
+}
+
+std::optional<QString> ShortcutEndToEndTest::storedShortcut() const {
+    // A fresh reader: the app wrote the file after ours was opened.
+    return QSettingsStore(m_settings->fileName())
+        .text(ShortcutName::rewriteFocusedField().settingsKey());
+}
+
+void ShortcutEndToEndTest::press(const QString& keys) {
+    xdotool({QStringLiteral("key"), keys});
+}
+
+void ShortcutEndToEndTest::shortcutTogglesThePanelNearThePointer() {
+    X11TestClient probe;
+    QVERIFY(probe.isConnected());
+    startApp();
+    // Ready once the app holds the grab.
+    QTRY_VERIFY_WITH_TIMEOUT(probe.isHeldElsewhere(returnKeysym, ctrlAlt), 15000);
+    QCOMPARE(storedShortcut(), std::optional(QString::fromUtf8(Shortcut{36, 6144}.toJson())));
+    QVERIFY(visibleWindows().isEmpty());
+
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("500"), QStringLiteral("300")});
+    press(QStringLiteral("ctrl+alt+Return"));
+    QTRY_COMPARE_WITH_TIMEOUT(visibleWindows().size(), 1, 10000);
+    const QRect panel = visibleWindows().first();
+    // Top-left corner 24 px left of and 12 px below the pointer.
+    QVERIFY2(qAbs(panel.x() - 476) <= 4 && qAbs(panel.y() - 312) <= 4,
+             qPrintable(QStringLiteral("panel at %1,%2").arg(panel.x()).arg(panel.y())));
+
+    press(QStringLiteral("ctrl+alt+Return"));
+    QTRY_VERIFY_WITH_TIMEOUT(visibleWindows().isEmpty(), 10000);
+
+    // Again, somewhere else: it follows the pointer.
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("800"), QStringLiteral("500")});
+    press(QStringLiteral("ctrl+alt+Return"));
+    QTRY_COMPARE_WITH_TIMEOUT(visibleWindows().size(), 1, 10000);
+    QVERIFY(qAbs(visibleWindows().first().x() - 776) <= 4);
+}
+
+void ShortcutEndToEndTest::changedShortcutWorksAfterARestart() {
+    X11TestClient probe;
+    QVERIFY(probe.isConnected());
+    m_settings->setText(ShortcutName::rewriteFocusedField().settingsKey(),
+                        QString::fromUtf8(Shortcut{0x28, 4608}.toJson())); // Ctrl+Shift+K
+    startApp();
+    QTRY_VERIFY_WITH_TIMEOUT(probe.isHeldElsewhere(kKeysym, ctrlShift), 15000);
+    QVERIFY(!probe.isHeldElsewhere(returnKeysym, ctrlAlt));
+
+    press(QStringLiteral("ctrl+alt+Return"));
+    QTest::qWait(1000);
+    QVERIFY(visibleWindows().isEmpty());
+    press(QStringLiteral("ctrl+shift+k"));
+    QTRY_COMPARE_WITH_TIMEOUT(visibleWindows().size(), 1, 10000);
+}
+
+void ShortcutEndToEndTest::combinationHeldElsewhereIsReported() {
+    X11TestClient other;
+    QVERIFY(other.grab(returnKeysym, ctrlAlt));
+    startApp();
+    QByteArray output;
+    QTRY_VERIFY_WITH_TIMEOUT((output += m_app->readAllStandardOutput())
+                                 .contains("Error registering hotkey Ctrl+Alt+Return"),
+                             15000);
+    QTest::qWait(500);
+    QCOMPARE(m_app->state(), QProcess::Running);
+    // The stored shortcut stays for the next start.
+    QCOMPARE(storedShortcut(), std::optional(QString::fromUtf8(Shortcut{36, 6144}.toJson())));
+}
+
+QTEST_GUILESS_MAIN(ShortcutEndToEndTest)
+#include "tst_ShortcutEndToEnd.moc"

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+#include <xcb/xcb.h>
+
+namespace scrivel::test {
+
+// A separate X client, as another application would be: it can hold a key
+// grab of its own, and asks the server who holds one.
+class X11TestClient {
+public:
+    // Connects to $DISPLAY; isConnected() says whether that worked.
+    X11TestClient();
+    ~X11TestClient();
+    X11TestClient(const X11TestClient&) = delete;
+    X11TestClient& operator=(const X11TestClient&) = delete;
+
+    bool isConnected() const;
+    // Grabs the key of the keysym with exactly these X modifiers on the root
+    // window; false when the server refuses (another client holds it).
+    bool grab(xcb_keysym_t keysym, uint16_t modifiers);
+    // Whether another client holds the combination now (our trial grab is
+    // refused; a granted trial grab is released at once).
+    bool isHeldElsewhere(xcb_keysym_t keysym, uint16_t modifiers);
+
+private:
+    bool tryGrab(xcb_keysym_t keysym, uint16_t modifiers, bool keep);
+
+    xcb_connection_t* m_connection;
+};
+
+} // namespace scrivel::test
