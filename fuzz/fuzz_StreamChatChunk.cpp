@@ -19,11 +19,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             std::abort();
         break;
     case Outcome::noText:
-        if (!chunk || chunk->text())
+        if (!chunk || chunk->text() || chunk->error || chunk->finishReason != scanned.finishReason)
             std::abort();
         break;
     case Outcome::text:
-        if (!chunk || chunk->text() != std::optional<QString>(scanned.text))
+        if (!chunk || chunk->text() != std::optional<QString>(scanned.text) || chunk->error ||
+            chunk->finishReason != scanned.finishReason)
             std::abort();
         break;
     }

@@ -211,6 +211,14 @@ public:
 LinuxServices& CliApplication::services() {
     if (!m_services) {
         m_services = new LinuxServices; // lives for the process
+        // Said once, on the terminal: the damaged file is left for the user
+        // to look at or move aside.
+        m_services->setKeyFileDamageHandler([](const QString& path) {
+            write(stderr, QStringLiteral("The private key file “%1” is damaged and can’t be read. "
+                                         "It was left as it is; move it aside to store keys in a "
+                                         "new one.\n")
+                              .arg(path));
+        });
         m_services->presets().seedIfEmpty(m_services->onDeviceModel().availability().isAvailable());
     }
     return *m_services;
@@ -579,7 +587,11 @@ int CliApplication::key(const QStringList& arguments) {
     const auto succeeded = [&](const std::optional<APIKeyProviding::VoidResult>& result) {
         if (result && *result)
             return true;
-        reportKeychain();
+        // A refused key is the user's to fix; anything else is the store's.
+        if (result && result->error().kind() == KeychainError::Kind::invalidKey)
+            writeProblem(result->error().saveMessage(), {});
+        else
+            reportKeychain();
         return false;
     };
 

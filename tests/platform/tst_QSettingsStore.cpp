@@ -26,7 +26,7 @@ void QSettingsStoreTest::valuesRoundTripThroughTheFile_data() {
     QList<Preset> presets = builtInPresets(false);
     presets[0].name = QStringLiteral("Caf\u00e9 \u201Cquotes\u201D / slash = \\ ; # [x]");
     presets[0].customBaseURL = QStringLiteral("http://localhost:8080/v1/");
-    QTest::newRow("preset list JSON") << Preset::encodeList(presets);
+    QTest::newRow("preset list JSON") << *Preset::encodeList(presets);
     QTest::newRow("empty list") << QByteArray("[]");
     QByteArray binary;
     for (int i = 0; i < 256; ++i)

@@ -15,6 +15,7 @@ public:
         QString instructions;
         int prewarms = 0;
         QStringList prompts;
+        QList<GenerationRequest> requests;
     };
 
     Availability availabilityValue{Availability::Kind::available, {}};

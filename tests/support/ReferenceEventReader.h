@@ -10,28 +10,41 @@ namespace scrivel::test {
 
 // The event-stream reading procedure done the slow, literal way: one byte at
 // a time into a line buffer, a line cut at every line feed. The real reader
-// must give the same reply and the same verdict on the size limit.
+// must give the same reply and the same verdicts on the size limits, server
+// failures and the finish reason.
 struct ReferenceEventReader {
     QByteArray line;
     QString reply;
     qsizetype replyBytes = 0;
     qsizetype limit = ServerSentEventReader::defaultReplyLimit;
+    qsizetype lineLimit = -1; // < 0: limit plus the reader's framing room
     bool exceeded = false;
+    bool serverError = false;
+    std::optional<QString> finishReason;
     int texts = 0;
 
     void feed(const QByteArray& bytes) {
+        const qsizetype maximumLine =
+            lineLimit < 0 ? limit + ServerSentEventReader::lineFraming : lineLimit;
         for (const char byte : bytes) {
-            if (exceeded)
+            if (exceeded || serverError)
                 return;
-            line.append(byte);
-            const qsizetype feedAt = line.indexOf('\n');
-            if (feedAt < 0)
+            if (byte != '\n') {
+                line.append(byte);
+                if (line.size() > maximumLine)
+                    exceeded = true;
                 continue;
-            const QByteArray complete = line.left(feedAt);
-            line.remove(0, feedAt + 1);
-            if (const auto text = ServerSentEventReader::textOfLine(complete)) {
-                reply += *text;
-                replyBytes += text->toUtf8().size();
+            }
+            const QByteArray complete = line;
+            line.clear();
+            const auto read = ServerSentEventReader::readLine(complete);
+            if (read.finishReason)
+                finishReason = read.finishReason;
+            if (read.kind == ServerSentEventReader::Line::Kind::serverError) {
+                serverError = true;
+            } else if (read.kind == ServerSentEventReader::Line::Kind::text) {
+                reply += read.text;
+                replyBytes += read.text.toUtf8().size();
                 if (replyBytes > limit)
                     exceeded = true;
                 else

@@ -1,6 +1,6 @@
 #include "panel/FixPanelModel.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
 #include "presets/PresetStore.h"
 
 #include <QPointer>

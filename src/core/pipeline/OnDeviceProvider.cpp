@@ -42,7 +42,7 @@ public:
 
     void start() {
         m_elapsed.start();
-        m_response = m_session->respond(promptFor(m_text));
+        m_response = m_session->respond(generationRequest(m_text));
         m_response.then(this, [this](OnDeviceModel::Response response) { finish(response); });
     }
 
@@ -57,6 +57,11 @@ private:
                                     .arg(response->toUtf8().size()));
             m_promise.resolve(*response);
         } else {
+            if (response.error() == OnDeviceModel::GenerationError::cancelled) {
+                m_promise.resolve(std::unexpected(TransformFailure::cancelled()));
+                deleteLater();
+                return;
+            }
             QString message;
             switch (response.error()) {
             case OnDeviceModel::GenerationError::contextWindowExceeded:
@@ -83,6 +88,20 @@ private:
     Future<OnDeviceModel::Response> m_response;
     QElapsedTimer m_elapsed;
 };
+
+OnDeviceModel::GenerationRequest OnDeviceProvider::generationRequest(const QString& text) {
+    OnDeviceModel::GenerationRequest request;
+    request.prompt = promptFor(text);
+    request.typeName = QStringLiteral("TransformedCopy");
+    request.properties = {{QStringLiteral("transformedText"),
+                           QStringLiteral("The full transformed text only. No preface, no "
+                                          "commentary.")}};
+    request.includeSchemaInPrompt = true;
+    request.greedySampling = false;
+    request.temperature = 0.0;
+    request.maximumResponseTokens = std::nullopt;
+    return request;
+}
 
 OnDeviceProvider::OnDeviceProvider(OnDeviceModel& model, QObject* parent)
     : QObject(parent), m_model(model) {

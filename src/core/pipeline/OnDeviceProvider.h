@@ -35,6 +35,12 @@ public:
     // The transformed text, as generated.
     Future<Result> transform(const QString& text, const QString& instructions);
 
+    // What the model is asked for a text: a TransformedCopy (its one field,
+    // transformedText, with its guide), the schema in the prompt, default
+    // sampling at temperature 0, no token limit. The preset's own
+    // temperature and reasoning effort play no part here.
+    static OnDeviceModel::GenerationRequest generationRequest(const QString& text);
+
     // For tests: whether a warm session waits for these instructions.
     bool hasWarmSession(const QString& instructions) const;
 

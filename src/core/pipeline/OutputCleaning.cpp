@@ -1,6 +1,7 @@
 #include "pipeline/OutputCleaning.h"
 
-#include <QTextBoundaryFinder>
+#include "support/GraphemeBreaks.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -10,39 +11,22 @@ namespace scrivel {
 
 namespace {
 
-// Unicode White_Space: what a "white space and newlines" trim removes.
-bool isUnicodeWhiteSpace(char32_t c) {
-    return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
-           (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F ||
-           c == 0x205F || c == 0x3000;
-}
-
 bool isLineBreakScalar(char32_t c) {
     return c == 0x0A || c == 0x0B || c == 0x0C || c == 0x0D || c == 0x85 || c == 0x2028 ||
            c == 0x2029;
 }
 
-// Qt's finder splits a CR LF pair once a complex-script letter (Malayalam,
-// Devanagari, Thai, ...) has appeared earlier in the same run, though the pair
-// is always one character. Such a split is skipped here.
-bool isSplitCarriageReturnLineFeed(QStringView text, qsizetype position) {
+bool isCarriageReturnLineFeed(QStringView text, qsizetype position) {
     return position > 0 && position < text.size() && text[position - 1] == u'\r' &&
            text[position] == u'\n';
 }
 
-qsizetype nextGraphemeBoundary(QTextBoundaryFinder& finder, QStringView text) {
-    qsizetype next = finder.toNextBoundary();
-    while (next >= 0 && isSplitCarriageReturnLineFeed(text, next))
-        next = finder.toNextBoundary();
-    return next;
-}
-
 // The UTF-16 offset just past the first `count` grapheme clusters.
 qsizetype offsetAfterGraphemes(const QString& text, qsizetype count) {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    GraphemeBreaks breaks(text);
     qsizetype position = 0;
     for (qsizetype i = 0; i < count; ++i) {
-        const qsizetype next = nextGraphemeBoundary(finder, text);
+        const qsizetype next = breaks.next();
         if (next < 0)
             return text.size();
         position = next;
@@ -51,13 +35,7 @@ qsizetype offsetAfterGraphemes(const QString& text, qsizetype count) {
 }
 
 bool isGraphemeBoundary(const QString& text, qsizetype position) {
-    if (position <= 0 || position >= text.size())
-        return true;
-    if (isSplitCarriageReturnLineFeed(text, position))
-        return false;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    finder.setPosition(position);
-    return finder.isAtBoundary();
+    return GraphemeBreaks(text).isBoundary(position);
 }
 
 // Prefix and suffix tests by whole characters: a quote carrying a combining
@@ -147,46 +125,6 @@ const QStringList& prefaceList() {
     return list;
 }
 
-qsizetype graphemeCount(QStringView text) {
-    if (text.isEmpty())
-        return 0;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
-    qsizetype count = 0;
-    while (nextGraphemeBoundary(finder, text) >= 0)
-        ++count;
-    return count;
-}
-
-QString trimmedWhitespaceAndNewlines(const QString& text) {
-    // Work on code points so characters outside the BMP are judged whole.
-    const auto codePointBefore = [&](qsizetype end, qsizetype* start) {
-        const QChar low = text.at(end - 1);
-        if (low.isLowSurrogate() && end >= 2 && text.at(end - 2).isHighSurrogate()) {
-            *start = end - 2;
-            return QChar::surrogateToUcs4(text.at(end - 2), low);
-        }
-        *start = end - 1;
-        return char32_t(low.unicode());
-    };
-    qsizetype begin = 0;
-    while (begin < text.size()) {
-        const QChar c = text.at(begin);
-        if (c.isHighSurrogate() || !isUnicodeWhiteSpace(c.unicode()))
-            break; // no White_Space character lies outside the BMP
-        ++begin;
-    }
-    qsizetype end = text.size();
-    while (end > begin) {
-        qsizetype start = 0;
-        if (!isUnicodeWhiteSpace(codePointBefore(end, &start)))
-            break;
-        end = start;
-    }
-    if (begin == 0 && end == text.size())
-        return text;
-    return text.mid(begin, end - begin);
-}
-
 QString cleanOutput(const QString& reply) {
     QString text = trimmedWhitespaceAndNewlines(reply);
     if (text.isEmpty())
@@ -238,7 +176,7 @@ qsizetype lineBreakCount(const QString& text) {
     // None of the line-break scalars lies outside the BMP.
     qsizetype count = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (isLineBreakScalar(text[i].unicode()) && !isSplitCarriageReturnLineFeed(text, i))
+        if (isLineBreakScalar(text[i].unicode()) && !isCarriageReturnLineFeed(text, i))
             ++count;
     }
     return count;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/UnicodeText.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -25,10 +27,6 @@ struct EditVerdict {
 // their fixed order.
 const QStringList& prefaceList();
 
-// Removes white space and line breaks (the Unicode White_Space characters)
-// from both ends.
-QString trimmedWhitespaceAndNewlines(const QString& text);
-
 // Strips surrounding quotes and a leading preface from a reply.
 QString cleanOutput(const QString& reply);
 // Whether a short paragraph is only a preface ("Here is the corrected text").
@@ -40,8 +38,5 @@ qsizetype lineBreakCount(const QString& text);
 // Cleans the reply, then accepts it, finds it unchanged, or rejects it as an
 // unsafe edit of input.
 EditVerdict validateEdit(const QString& reply, const QString& input);
-
-// Length in user-perceived characters (grapheme clusters).
-qsizetype graphemeCount(QStringView text);
 
 } // namespace scrivel

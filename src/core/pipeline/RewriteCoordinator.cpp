@@ -49,7 +49,23 @@ public:
     Run(RewriteCoordinator& coordinator, const QString& input, const Preset& preset,
         PartialTextHandler onPartialText, Promise<Result> promise)
         : QObject(&coordinator), m_coordinator(coordinator), m_input(input), m_preset(preset),
-          m_onPartialText(std::move(onPartialText)), m_promise(std::move(promise)) {}
+          m_onPartialText(std::move(onPartialText)), m_promise(std::move(promise)) {
+        m_coordinator.m_runs.insert(this);
+    }
+    ~Run() override { m_coordinator.m_runs.remove(this); }
+
+    // The timer only wakes the run up: whether the time is over is decided
+    // on the deadline clock, which also counts time spent asleep.
+    void checkDeadline() {
+        if (m_finished)
+            return;
+        const std::chrono::milliseconds remaining = m_deadline - m_coordinator.m_clock();
+        if (remaining <= std::chrono::milliseconds(0)) {
+            fail(TransformFailure::rewrite(RewriteError::timeout()));
+            return;
+        }
+        m_timer.start(remaining);
+    }
 
     void start(std::chrono::milliseconds timeout) {
         QPointer<Run> self(this);
@@ -65,9 +81,9 @@ public:
         });
 
         m_timer.setSingleShot(true);
-        m_timer.setTimerType(Qt::PreciseTimer); // monotonic clock
-        connect(&m_timer, &QTimer::timeout, this,
-                [this] { fail(TransformFailure::rewrite(RewriteError::timeout())); });
+        m_timer.setTimerType(Qt::PreciseTimer);
+        connect(&m_timer, &QTimer::timeout, this, [this] { checkDeadline(); });
+        m_deadline = m_coordinator.m_clock() + timeout;
         m_timer.start(timeout);
 
         m_stream = m_coordinator.m_transformer.stream(m_preset, m_input);
@@ -151,6 +167,7 @@ private:
     Promise<Result> m_promise;
     TransformStream m_stream;
     QTimer m_timer;
+    std::chrono::milliseconds m_deadline{0};
     TextSnapshot m_latest;
     std::optional<QString> m_final;
     bool m_receivedAny = false;
@@ -159,10 +176,33 @@ private:
 
 RewriteCoordinator::RewriteCoordinator(PresetTransforming& transformer, QObject* parent)
     : QObject(parent), m_transformer(transformer),
-      m_timeoutScale([](int seconds) { return std::chrono::milliseconds(seconds * 1000LL); }) {}
+      m_timeoutScale([](int seconds) { return std::chrono::milliseconds(seconds * 1000LL); }),
+      m_clock(steadyDeadlineClock()) {}
+
+RewriteCoordinator::~RewriteCoordinator() {
+    // Runs still in flight go first, while the set they leave still exists
+    // (QObject would delete them only after the members are gone).
+    const QSet<Run*> runs = m_runs;
+    for (Run* run : runs)
+        delete run;
+}
 
 void RewriteCoordinator::setTimeoutScale(TimeoutScale scale) {
     m_timeoutScale = std::move(scale);
+}
+
+void RewriteCoordinator::setDeadlineClock(DeadlineClock clock) {
+    m_clock = std::move(clock);
+}
+
+void RewriteCoordinator::checkDeadlines() {
+    // A run that fails here deletes itself later, so the set stays valid,
+    // but copy it anyway: failing publishes to handlers that may start runs.
+    const QSet<Run*> runs = m_runs;
+    for (Run* run : runs) {
+        if (m_runs.contains(run))
+            run->checkDeadline();
+    }
 }
 
 void RewriteCoordinator::setUIHandler(UIHandler handler) {

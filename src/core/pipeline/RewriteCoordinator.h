@@ -5,10 +5,12 @@
 #include "pipeline/PresetTransforming.h"
 #include "pipeline/TransformFailure.h"
 #include "presets/Preset.h"
+#include "support/DeadlineClock.h"
 #include "support/Future.h"
 #include "support/TextSnapshot.h"
 
 #include <QObject>
+#include <QSet>
 #include <chrono>
 #include <expected>
 #include <functional>
@@ -32,8 +34,15 @@ public:
     using TimeoutScale = std::function<std::chrono::milliseconds(int seconds)>;
 
     explicit RewriteCoordinator(PresetTransforming& transformer, QObject* parent = nullptr);
+    ~RewriteCoordinator() override;
 
     void setTimeoutScale(TimeoutScale scale);
+    // The clock that run deadlines are measured on; it must keep running
+    // while the machine sleeps.
+    void setDeadlineClock(DeadlineClock clock);
+    // Checks every run's deadline against the clock now: a run whose time
+    // ran out while the machine slept fails at once. Called on wake.
+    void checkDeadlines();
     void setUIHandler(UIHandler handler);
 
     void prewarm(const std::optional<Preset>& preset);
@@ -63,6 +72,8 @@ private:
     PresetTransforming& m_transformer;
     UIHandler m_uiHandler;
     TimeoutScale m_timeoutScale;
+    DeadlineClock m_clock;
+    QSet<Run*> m_runs;
 };
 
 } // namespace scrivel

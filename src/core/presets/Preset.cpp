@@ -1,5 +1,7 @@
 #include "presets/Preset.h"
 
+#include <cmath>
+
 #include "support/JsonWriter.h"
 
 #include <QJsonArray>
@@ -121,10 +123,13 @@ std::expected<Preset, PresetDecodingError> Preset::fromJson(const QJsonValue& va
     return preset;
 }
 
-QByteArray Preset::encodeList(const QList<Preset>& presets) {
+std::optional<QByteArray> Preset::encodeList(const QList<Preset>& presets) {
     JsonValue array = JsonValue::array();
-    for (const Preset& preset : presets)
+    for (const Preset& preset : presets) {
+        if (preset.temperature && !std::isfinite(*preset.temperature))
+            return std::nullopt;
         array.append(preset.toJson());
+    }
     return JsonWriter::write(array);
 }
 

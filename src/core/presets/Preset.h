@@ -45,8 +45,10 @@ struct Preset {
     JsonValue toJson() const;
     static std::expected<Preset, PresetDecodingError> fromJson(const QJsonValue& value);
 
-    // A JSON array of presets in list order, compact.
-    static QByteArray encodeList(const QList<Preset>& presets);
+    // A JSON array of presets in list order, compact. Nothing when a
+    // temperature is not a finite number: JSON has no way to hold it, and
+    // writing null would read back as no temperature at all.
+    static std::optional<QByteArray> encodeList(const QList<Preset>& presets);
     static std::expected<QList<Preset>, PresetDecodingError> decodeList(const QByteArray& data);
 
     // The standard textual form of an identifier (upper-case hexadecimal

@@ -1,6 +1,6 @@
 #include "presets/PresetPackDocument.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
 #include "support/JsonWriter.h"
 
 #include <QJsonArray>

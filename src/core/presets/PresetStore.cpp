@@ -1,5 +1,7 @@
 #include "presets/PresetStore.h"
 
+#include "support/Log.h"
+
 #include "app/SettingsStore.h"
 #include "presets/BuiltInPresets.h"
 
@@ -170,7 +172,12 @@ void PresetStore::setActivePresetID(const std::optional<QUuid>& id) {
 
 void PresetStore::save() {
     assertMainThread();
-    m_settings.setData(presetsKey(), Preset::encodeList(m_presets));
+    // A list that cannot be encoded is not written: the stored list keeps
+    // its previous value. The active preset is written either way.
+    if (const auto encoded = Preset::encodeList(m_presets))
+        m_settings.setData(presetsKey(), *encoded);
+    else
+        qCWarning(rewriteLog) << "presets not saved: a temperature is not a finite number";
     writeActivePresetID();
 }
 
@@ -198,17 +205,37 @@ PresetStore::importPack(const PresetPackDocument& document, bool assigningNewIDs
         existing.insert(preset.id);
     const auto made = document.makePresets(assigningNewIDs, existing);
 
+    // An identifier may come more than once in a pack: each later item is a
+    // newer version of the same preset. Only the last version is kept, and
+    // each preset is counted once: replaced when it was in the store before,
+    // added when it is new.
+    QList<Preset> replaced;
+    QList<Preset> added;
+    const auto keepLatest = [](QList<Preset>& list, const Preset& preset) {
+        for (Preset& kept : list) {
+            if (kept.id == preset.id) {
+                kept = preset;
+                return;
+            }
+        }
+        list.append(preset);
+    };
+    for (const Preset& preset : made.added)
+        keepLatest(added, preset);
+    for (const Preset& preset : made.replaced)
+        keepLatest(existing.contains(preset.id) ? replaced : added, preset);
+
     ImportResult result;
-    for (const Preset& preset : made.replaced) {
+    for (const Preset& preset : replaced) {
         update(preset);
         result.affectedIDs.append(preset.id);
     }
-    for (const Preset& preset : made.added) {
+    for (const Preset& preset : added) {
         add(preset);
         result.affectedIDs.append(preset.id);
     }
-    result.added = int(made.added.size());
-    result.replaced = int(made.replaced.size());
+    result.added = int(added.size());
+    result.replaced = int(replaced.size());
     return result;
 }
 

@@ -1,6 +1,6 @@
 #include "presets/PresetTransfer.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
 #include "presets/PresetStore.h"
 
 #include <QCoreApplication>

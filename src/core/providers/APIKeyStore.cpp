@@ -1,8 +1,10 @@
 #include "providers/APIKeyStore.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
+#include "support/Log.h"
 
 #include <QStringDecoder>
+#include <algorithm>
 
 namespace scrivel {
 
@@ -23,12 +25,26 @@ std::optional<QString> keyFromBytes(const QByteArray& bytes) {
     if (decoder.hasError())
         return std::nullopt;
     const QString trimmed = trimmedWhitespaceAndNewlines(text);
-    if (trimmed.isEmpty())
+    // A stored key that could not go into a header as it is counts as
+    // unreadable rather than being sent.
+    if (trimmed.isEmpty() || !APIKeyStore::isStorableKey(trimmed))
         return std::nullopt;
     return trimmed;
 }
 
+void logLegacyCleanupFailure(int status) {
+    qCWarning(rewriteLog).noquote()
+        << QStringLiteral("legacy key cleanup failed status=%1").arg(status);
+}
+
 } // namespace
+
+bool APIKeyStore::isStorableKey(const QString& trimmedKey) {
+    return std::none_of(trimmedKey.begin(), trimmedKey.end(), [](QChar c) {
+        return c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+               c == QChar::ParagraphSeparator;
+    });
+}
 
 APIKeyStore::APIKeyStore(SecretStore& modern, SecretStore& legacy,
                          std::function<Future<bool>()> modernAvailable, QObject* parent)
@@ -48,10 +64,63 @@ Future<KeyResult> APIKeyStore::readItem(SecretStore& store, const QString& accou
     });
 }
 
+template <typename T>
+Future<T> APIKeyStore::enqueue(const QString& account, bool skipWhenAbandoned,
+                               std::function<Future<T>()> operation) {
+    Promise<T> promise;
+    Future<T> future = promise.future();
+    m_queues[account].waiting.push_back(
+        [this, account, skipWhenAbandoned, promise, operation = std::move(operation)] {
+            if (skipWhenAbandoned && promise.isCancelled()) {
+                operationEnded(account);
+                return;
+            }
+            // Detached: the operation runs to its end whatever the caller
+            // does, so the next one never starts while it is under way.
+            operation().detach(this, [this, account, promise](T value) {
+                promise.resolve(std::move(value));
+                operationEnded(account);
+            });
+        });
+    startNext(account);
+    return future;
+}
+
+void APIKeyStore::startNext(const QString& account) {
+    const auto it = m_queues.find(account);
+    if (it == m_queues.end() || it->running)
+        return;
+    if (it->waiting.empty()) {
+        m_queues.erase(it);
+        return;
+    }
+    it->running = true;
+    const std::function<void()> next = std::move(it->waiting.front());
+    it->waiting.pop_front();
+    next(); // may end at once and start the one after it
+}
+
+void APIKeyStore::operationEnded(const QString& account) {
+    const auto it = m_queues.find(account);
+    if (it == m_queues.end())
+        return;
+    it->running = false;
+    startNext(account);
+}
+
 Future<KeyResult> APIKeyStore::readKey(const QString& account) {
+    // The cache answers at once only when nothing on the account is pending:
+    // a save or delete called earlier must take effect first.
+    if (!m_queues.contains(account)) {
+        if (const auto it = m_sessionCache.constFind(account); it != m_sessionCache.constEnd())
+            return ready(KeyResult(*it));
+    }
+    return enqueue<KeyResult>(account, true, [this, account] { return readNow(account); });
+}
+
+Future<KeyResult> APIKeyStore::readNow(const QString& account) {
     if (const auto it = m_sessionCache.constFind(account); it != m_sessionCache.constEnd())
         return ready(KeyResult(*it));
-
     return chainFuture(m_modernAvailable(), this, [this, account](bool modern) {
         Future<KeyResult> read = modern ? readModernFirst(account) : readItem(m_legacy, account);
         return mapFuture(std::move(read), this, [this, account](KeyResult result) {
@@ -67,13 +136,14 @@ Future<KeyResult> APIKeyStore::readModernFirst(const QString& account) {
         if (!modern)
             return ready(modern);
         if (*modern) {
-            // The modern item wins; a leftover legacy copy goes.
+            // The modern item wins; a leftover legacy copy goes. The legacy
+            // store is a fallback, never a gate: a failure there (a damaged
+            // key file) must not hide the key the modern store holds.
             const QString key = **modern;
             return mapFuture(m_legacy.remove(account), this,
                              [key](SecretStore::WriteResult removed) -> KeyResult {
                                  if (!removed)
-                                     return std::unexpected(
-                                         KeychainError::migrationFailed(removed.error()));
+                                     logLegacyCleanupFailure(removed.error());
                                  return std::optional<QString>(key);
                              });
         }
@@ -81,7 +151,8 @@ Future<KeyResult> APIKeyStore::readModernFirst(const QString& account) {
             if (!legacy || !*legacy)
                 return ready(legacy);
             const QString key = **legacy;
-            return mapFuture(saveKey(key, account), this, [key](VoidResult saved) -> KeyResult {
+            // Already this account's turn: save directly, not through the queue.
+            return mapFuture(saveNow(key, account), this, [key](VoidResult saved) -> KeyResult {
                 if (!saved) {
                     const KeychainError& error = saved.error();
                     return std::unexpected(KeychainError::migrationFailed(
@@ -98,8 +169,15 @@ Future<VoidResult> APIKeyStore::saveKey(const QString& key, const QString& accou
     const QString trimmed = trimmedWhitespaceAndNewlines(key);
     if (trimmed.isEmpty())
         return deleteKey(account);
-    return chainFuture(m_modernAvailable(), this, [this, trimmed, account](bool modern) {
-        return saveTrimmed(trimmed, account, modern);
+    if (!isStorableKey(trimmed))
+        return ready(VoidResult(std::unexpected(KeychainError::invalidKey())));
+    return enqueue<VoidResult>(account, false,
+                               [this, trimmed, account] { return saveNow(trimmed, account); });
+}
+
+Future<VoidResult> APIKeyStore::saveNow(const QString& trimmedKey, const QString& account) {
+    return chainFuture(m_modernAvailable(), this, [this, trimmedKey, account](bool modern) {
+        return saveTrimmed(trimmedKey, account, modern);
     });
 }
 
@@ -124,17 +202,24 @@ Future<VoidResult> APIKeyStore::saveTrimmed(const QString& key, const QString& a
     auto legacyRemoved = chainFuture(std::move(written), this, [this, account](VoidResult result) {
         if (!result)
             return ready(result);
-        return mapFuture(
-            m_legacy.remove(account), this, [](SecretStore::WriteResult removed) -> VoidResult {
-                if (!removed)
-                    return std::unexpected(KeychainError::deleteFailed(removed.error()));
-                return {};
-            });
+        // The key is in the modern store, which is read first: a legacy copy
+        // that cannot be removed never wins over it.
+        return mapFuture(m_legacy.remove(account), this,
+                         [](SecretStore::WriteResult removed) -> VoidResult {
+                             if (!removed)
+                                 logLegacyCleanupFailure(removed.error());
+                             return {};
+                         });
     });
     return mapFuture(std::move(legacyRemoved), this, remember);
 }
 
 Future<VoidResult> APIKeyStore::deleteKey(const QString& account) {
+    return enqueue<VoidResult>(account, false, [this, account] { return deleteNow(account); });
+}
+
+Future<VoidResult> APIKeyStore::deleteNow(const QString& account) {
+    // Gone from the cache whatever becomes of the removal.
     m_sessionCache.remove(account);
     return chainFuture(m_modernAvailable(), this,
                        [this, account](bool modern) { return deleteFrom(modern, account); });
@@ -151,12 +236,21 @@ Future<VoidResult> APIKeyStore::deleteFrom(bool modern, const QString& account) 
     };
     if (!modern)
         return removeFrom(m_legacy, account);
-    return chainFuture(removeFrom(m_modern, account), this,
-                       [this, account, removeFrom](VoidResult result) {
-                           if (!result)
-                               return ready(result);
-                           return removeFrom(m_legacy, account);
-                       });
+    return chainFuture(
+        removeFrom(m_modern, account), this, [this, account, removeFrom](VoidResult result) {
+            if (!result)
+                return ready(result);
+            // A legacy store that cannot be read at all holds
+            // nothing that could come back.
+            return mapFuture(
+                removeFrom(m_legacy, account), this, [](VoidResult removed) -> VoidResult {
+                    if (!removed && removed.error().status() == KeychainError::unreadableStore) {
+                        logLegacyCleanupFailure(KeychainError::unreadableStore);
+                        return {};
+                    }
+                    return removed;
+                });
+        });
 }
 
 } // namespace scrivel

@@ -1,5 +1,9 @@
 #include "providers/ChatCompletionRequest.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <cmath>
+
 #include "providers/ModelRules.h"
 #include "support/JsonWriter.h"
 
@@ -24,7 +28,10 @@ ChatCompletionRequest::make(const CompletionInput& input) {
     if (input.reasoningEffort && !input.reasoningEffort->isEmpty() &&
         supportsReasoningEffort(input.model))
         request.reasoningEffort = input.reasoningEffort;
-    request.temperature = input.temperature;
+    // A temperature that is not a finite number has no JSON form; the
+    // provider's default stands in rather than a null.
+    if (input.temperature && std::isfinite(*input.temperature))
+        request.temperature = input.temperature;
     request.stream = true;
     request.messages = {
         {QStringLiteral("system"), input.instructions},
@@ -37,9 +44,11 @@ ChatCompletionRequest::make(const CompletionInput& input) {
 QByteArray ChatCompletionRequest::encode() const {
     JsonValue body = JsonValue::object();
     body.insert(QStringLiteral("model"), model);
-    if (temperature)
+    if (temperature && std::isfinite(*temperature))
         body.insert(QStringLiteral("temperature"), *temperature);
-    body.insert(QStringLiteral("max_tokens"), maxTokens);
+    body.insert(budgetAsMaxCompletionTokens ? QStringLiteral("max_completion_tokens")
+                                            : QStringLiteral("max_tokens"),
+                maxTokens);
     body.insert(QStringLiteral("stream"), stream);
     JsonValue list = JsonValue::array();
     for (const Message& message : messages) {
@@ -52,6 +61,14 @@ QByteArray ChatCompletionRequest::encode() const {
     if (reasoningEffort)
         body.insert(QStringLiteral("reasoning_effort"), *reasoningEffort);
     return JsonWriter::write(body);
+}
+
+bool ChatCompletionRequest::refusesMaxTokens(const QByteArray& errorBody) {
+    const QJsonObject error =
+        QJsonDocument::fromJson(errorBody).object().value(QStringLiteral("error")).toObject();
+    return error.value(QStringLiteral("code")).toString() ==
+               QLatin1String("unsupported_parameter") &&
+           error.value(QStringLiteral("param")).toString() == QLatin1String("max_tokens");
 }
 
 } // namespace scrivel

@@ -24,6 +24,9 @@ struct ChatCompletionRequest {
     QString model;
     std::optional<double> temperature;
     qint64 maxTokens = 0;
+    // Some reasoning models refuse "max_tokens" and take the same budget as
+    // "max_completion_tokens"; the client switches when told so.
+    bool budgetAsMaxCompletionTokens = false;
     std::optional<QString> reasoningEffort;
     bool stream = true;
     QList<Message> messages;
@@ -36,6 +39,10 @@ struct ChatCompletionRequest {
 
     // Compact JSON with the keys in a fixed order.
     QByteArray encode() const;
+
+    // Whether an error body is the refusal of "max_tokens" as an unsupported
+    // parameter, which "max_completion_tokens" answers.
+    static bool refusesMaxTokens(const QByteArray& errorBody);
 };
 
 } // namespace scrivel

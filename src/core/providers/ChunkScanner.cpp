@@ -28,6 +28,12 @@ public:
                     sawChoices = true;
                     return parseChoices(choices);
                 }
+                // Errors reported inside the stream are rare: the general
+                // decoder reads them.
+                if (key == "error")
+                    return isNullHere();
+                if (key == "object")
+                    return isNotErrorKind();
                 return skipValue(1);
             }))
             return {};
@@ -35,16 +41,17 @@ public:
         if (m_p != m_end)
             return {};
         if (choices.wrongType)
-            return {ChunkScanner::Outcome::wrongType, {}};
+            return {ChunkScanner::Outcome::wrongType, {}, {}};
         if (!choices.firstText)
-            return {ChunkScanner::Outcome::noText, {}};
-        return {ChunkScanner::Outcome::text, *choices.firstText};
+            return {ChunkScanner::Outcome::noText, {}, choices.finishReason};
+        return {ChunkScanner::Outcome::text, *choices.firstText, choices.finishReason};
     }
 
 private:
     struct Choices {
         bool wrongType = false;
         std::optional<QString> firstText;
+        std::optional<QString> finishReason;
     };
 
     void skipSpace() {
@@ -272,6 +279,15 @@ private:
         }
     }
 
+    // A top-level "object" member: anything but the text "error" is skipped.
+    bool isNotErrorKind() {
+        skipSpace();
+        if (m_p >= m_end || *m_p != '"')
+            return skipValue(1);
+        QString kind;
+        return decodedString(&kind) && kind != QLatin1String("error");
+    }
+
     bool isNullHere() {
         skipSpace();
         if (literal("null"))
@@ -297,8 +313,21 @@ private:
             }
             ++m_p;
             std::optional<std::optional<QString>> delta, message;
-            bool sawDelta = false, sawMessage = false;
+            bool sawDelta = false, sawMessage = false, sawFinishReason = false;
             const bool ok = members([&](QByteArrayView key) {
+                if (key == "finish_reason") {
+                    if (sawFinishReason)
+                        return false;
+                    sawFinishReason = true;
+                    skipSpace();
+                    if (!first || m_p >= m_end || *m_p != '"')
+                        return skipValue(3); // only a text counts, and only in the first choice
+                    QString reason;
+                    if (!decodedString(&reason))
+                        return false;
+                    choices.finishReason = reason;
+                    return true;
+                }
                 if (key == "delta" || key == "message") {
                     bool& seen = key == "delta" ? sawDelta : sawMessage;
                     if (seen)

@@ -10,7 +10,8 @@ namespace scrivel {
 // text of its first choice. It parses strictly valid JSON in one pass
 // without building a document. Anything unusual (duplicate members that
 // matter, very deep nesting, escapes of control characters or lone
-// surrogates, unusual numbers, invalid JSON) is not decided here: the result
+// surrogates, unusual numbers, invalid JSON, and every error object a
+// server sends mid-stream) is not decided here: the result
 // is notHandled and the caller falls back to the general decoder, so both
 // always agree.
 class ChunkScanner {
@@ -20,6 +21,8 @@ public:
     struct Result {
         Outcome outcome = Outcome::notHandled;
         QString text;
+        // The first choice's finish_reason when it is a text.
+        std::optional<QString> finishReason;
     };
 
     static Result scan(QByteArrayView json);

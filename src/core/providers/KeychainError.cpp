@@ -1,5 +1,9 @@
 #include "providers/KeychainError.h"
 
+#include "providers/ProviderConnectionFailure.h"
+
+#include <QCoreApplication>
+
 namespace scrivel {
 
 QString KeychainError::logDescription() const {
@@ -14,8 +18,19 @@ QString KeychainError::logDescription() const {
         return QStringLiteral("migrationFailed(%1)").arg(m_status);
     case Kind::invalidData:
         return QStringLiteral("invalidData");
+    case Kind::invalidKey:
+        return QStringLiteral("invalidKey");
     }
     return {};
+}
+
+QString KeychainError::saveMessage() const {
+    if (m_kind == Kind::invalidKey)
+        return QCoreApplication::translate(
+            "KeychainError",
+            "This API key contains a line break or another control character. Paste the key "
+            "again without them.");
+    return ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain).message();
 }
 
 } // namespace scrivel

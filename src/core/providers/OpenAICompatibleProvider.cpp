@@ -1,11 +1,12 @@
 #include "providers/OpenAICompatibleProvider.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
 #include "providers/ChatCompletionRequest.h"
 #include "providers/ModelListResponse.h"
 #include "providers/ModelRules.h"
 #include "providers/ProviderCatalog.h"
 #include "providers/ServerSentEventReader.h"
+#include "providers/ThinkBlockFilter.h"
 #include "support/Log.h"
 
 #include <QCoreApplication>
@@ -62,6 +63,7 @@ public:
                 failWith(key.error());
                 return;
             }
+            m_resolvedKey = *key;
             send(*key);
         });
     }
@@ -89,22 +91,32 @@ private:
     }
 
     bool read(QByteArrayView bytes) {
-        const bool withinLimit = m_reader.feed(bytes, [this] {
-            m_writer.push(TransformStreamEvent::partial(m_reader.reply().snapshot()));
-        });
-        if (!withinLimit) {
-            end(TransformFailure::rewrite(
-                RewriteError::modelFailed(QCoreApplication::translate("ProviderConnectionFailure",
-                                                                      "%1 response was too large")
-                                              .arg(m_provider.m_endpoint.displayName))));
+        if (m_reader.feed(bytes, [this] {
+                if (m_thinkBlock.update(m_reader.reply()))
+                    m_writer.push(
+                        TransformStreamEvent::partial(m_thinkBlock.visible(m_reader.reply())));
+            }))
+            return true;
+        if (m_reader.state() == ServerSentEventReader::State::serverError) {
+            // The server's own words go to the debug log only.
+            qCDebug(rewriteLog).noquote()
+                << privateValue(QStringLiteral("cloud stream error endpoint=%1 message=%2")
+                                    .arg(m_provider.m_endpoint.id, m_reader.serverMessage()));
+            end(TransformFailure::rewrite(RewriteError::modelFailed(QCoreApplication::translate(
+                "OpenAICompatibleProvider", "The provider stopped with an error. Try again."))));
             return false;
         }
-        return true;
+        end(TransformFailure::rewrite(RewriteError::modelFailed(
+            QCoreApplication::translate("ProviderConnectionFailure", "%1 response was too large")
+                .arg(m_provider.m_endpoint.displayName))));
+        return false;
     }
 
     void done(const ProviderRequest::Outcome& outcome) {
         switch (outcome.kind) {
         case ProviderRequest::Outcome::Kind::failed:
+            if (shouldResendWithCompletionTokens(outcome))
+                return;
             failWith(outcome.failure);
             return;
         case ProviderRequest::Outcome::Kind::droppedOpen:
@@ -114,7 +126,20 @@ private:
             break;
         }
         m_reader.finish();
-        const QString reply = trimmedWhitespaceAndNewlines(m_reader.reply().view().toString());
+        // A reply cut at the token budget is not a finished text: copying it
+        // would replace the user's text with its first part.
+        if (m_reader.finishReason() == QLatin1String("length")) {
+            qCDebug(rewriteLog).noquote()
+                << privateValue(QStringLiteral("cloud stream cut endpoint=%1 out=%2")
+                                    .arg(m_provider.m_endpoint.id)
+                                    .arg(m_reader.replyUtf8Size()));
+            end(TransformFailure::rewrite(RewriteError::modelFailed(QCoreApplication::translate(
+                "OpenAICompatibleProvider",
+                "The reply was cut short by the provider’s length limit. Try a shorter text."))));
+            return;
+        }
+        const QString reply =
+            trimmedWhitespaceAndNewlines(m_thinkBlock.visible(m_reader.reply()).view().toString());
         if (reply.isEmpty()) {
             end(TransformFailure::rewrite(RewriteError::modelFailed(
                 QCoreApplication::translate("RewriteCoordinator", "Empty model response"))));
@@ -127,6 +152,24 @@ private:
         m_writer.push(TransformStreamEvent::completed(reply));
         m_writer.finish();
         deleteLater();
+    }
+
+    // OpenAI's reasoning models answer 400 "unsupported_parameter" to
+    // "max_tokens": the same request goes once more with the budget as
+    // "max_completion_tokens", which the endpoint then keeps for this model.
+    bool shouldResendWithCompletionTokens(const ProviderRequest::Outcome& outcome) {
+        if (outcome.status != 400 || m_request.budgetAsMaxCompletionTokens ||
+            !ChatCompletionRequest::refusesMaxTokens(outcome.body))
+            return false;
+        qCDebug(rewriteLog).noquote() << privateValue(
+            QStringLiteral("cloud stream resend endpoint=%1 model=%2 budget=max_completion_tokens")
+                .arg(m_provider.m_endpoint.id, m_request.model));
+        m_request.budgetAsMaxCompletionTokens = true;
+        m_provider.m_completionTokenModels.insert(m_request.model);
+        if (m_exchange)
+            m_exchange->deleteLater();
+        send(m_resolvedKey);
+        return true;
     }
 
     void failWith(const ProviderConnectionFailure& failure) {
@@ -146,8 +189,10 @@ private:
     qsizetype m_inputBytes;
     TransformStreamWriter m_writer;
     Future<KeyResult> m_key;
+    std::optional<QString> m_resolvedKey;
     QPointer<ProviderRequest> m_exchange;
     ServerSentEventReader m_reader;
+    ThinkBlockFilter m_thinkBlock;
 };
 
 OpenAICompatibleProvider::OpenAICompatibleProvider(const ProviderEndpoint& endpoint,
@@ -185,6 +230,7 @@ TransformStream OpenAICompatibleProvider::streamCompletion(const CompletionInput
         writer.fail(TransformFailure::rewrite(request.error()));
         return stream;
     }
+    request->budgetAsMaxCompletionTokens = m_completionTokenModels.contains(request->model);
     auto* job = new ChatStream(*this, std::move(*request), utf8Size(input.userText), writer);
     job->start();
     return stream;

@@ -10,6 +10,7 @@
 
 #include <QNetworkAccessManager>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 #include <chrono>
 #include <expected>
@@ -57,6 +58,9 @@ private:
     APIKeyProviding& m_keys;
     ProviderRequest::Timeouts m_timeouts;
     QNetworkAccessManager m_network;
+    // Models of this endpoint that refused "max_tokens" and took
+    // "max_completion_tokens" instead; remembered for the process.
+    QSet<QString> m_completionTokenModels;
 };
 
 } // namespace scrivel

@@ -1,6 +1,6 @@
 #include "providers/ProviderCatalog.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "support/UnicodeText.h"
 
 #include <QCoreApplication>
 

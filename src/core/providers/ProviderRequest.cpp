@@ -60,6 +60,7 @@ void ProviderRequest::send(const QUrl& url) {
     m_status = 0;
     m_open = false;
     m_collected.clear();
+    m_errorBody.clear();
     m_reply = m_network.sendCustomRequest(request, m_verb, m_body);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &ProviderRequest::onMetaData);
     connect(m_reply, &QIODevice::readyRead, this, &ProviderRequest::onReadyRead);
@@ -117,7 +118,11 @@ void ProviderRequest::onReadyRead() {
         return;
     m_inactivity.start(m_timeouts.inactivity);
     if (!m_open || isRedirect(m_status)) {
-        m_reply->readAll(); // a redirect's or an error's body is of no use
+        // A redirect's body is of no use; of an error's, the start may say
+        // what the server refused.
+        const QByteArray ignored = m_reply->readAll();
+        if (m_status >= 400 && m_errorBody.size() < errorBodyLimit)
+            m_errorBody.append(ignored.left(errorBodyLimit - m_errorBody.size()));
         return;
     }
     const QByteArray bytes = m_reply->readAll();
@@ -157,6 +162,7 @@ void ProviderRequest::onFinished() {
 
     if (reply->error() != QNetworkReply::NoError) {
         if (m_status > 0 && !m_open && (m_status < 200 || m_status > 299)) {
+            onReadyRead(); // whatever of the error body is still waiting
             fail(ProviderConnectionFailure::forHTTPStatus(m_status));
             return;
         }
@@ -173,6 +179,7 @@ void ProviderRequest::onFinished() {
     }
 
     if (m_status < 200 || m_status > 299) {
+        onReadyRead();
         fail(ProviderConnectionFailure::forHTTPStatus(m_status));
         return;
     }
@@ -218,6 +225,7 @@ void ProviderRequest::fail(const ProviderConnectionFailure& failure, const QStri
     outcome.kind = Outcome::Kind::failed;
     outcome.status = m_status;
     outcome.failure = failure;
+    outcome.body = std::move(m_errorBody);
     outcome.debugDescription = description;
     finish(outcome);
 }

@@ -26,6 +26,8 @@ class ProviderRequest : public QObject {
 
 public:
     static constexpr qsizetype responseLimit = 524288;
+    // How much of an error response's body is kept for the caller to read.
+    static constexpr qsizetype errorBodyLimit = 16384;
 
     struct Timeouts {
         std::chrono::milliseconds inactivity{60000};
@@ -42,7 +44,8 @@ public:
         int status = 0;
         ProviderConnectionFailure failure =
             ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::network);
-        QByteArray body; // collected bodies only
+        // Collected bodies; for a failed status, the start of the error body.
+        QByteArray body;
         QString debugDescription;
     };
 
@@ -86,6 +89,7 @@ private:
     QTimer m_inactivity;
     QTimer m_deadline;
     QByteArray m_collected;
+    QByteArray m_errorBody;
     int m_status = 0;
     int m_redirects = 0;
     bool m_open = false;

@@ -113,54 +113,88 @@ qsizetype utf8Length(QStringView text) {
 
 } // namespace
 
-ServerSentEventReader::ServerSentEventReader(qsizetype replyLimit) : m_replyLimit(replyLimit) {
+ServerSentEventReader::ServerSentEventReader(qsizetype replyLimit, qsizetype lineLimit)
+    : m_replyLimit(replyLimit), m_lineLimit(lineLimit < 0 ? replyLimit + lineFraming : lineLimit) {
     m_partialLine.reserve(1024);
 }
 
-std::optional<QString> ServerSentEventReader::textOfLine(QByteArrayView line) {
+ServerSentEventReader::Line ServerSentEventReader::readLine(QByteArrayView line) {
     // Everything here works on the bytes: a line is only turned into text
     // once it is known to carry a chunk.
     if (!isValidUtf8(line))
-        return std::nullopt;
+        return {};
     if (line.endsWith('\r'))
         line.chop(1);
     line = trimmedHorizontally(line);
     if (!line.startsWith("data:"))
-        return std::nullopt;
+        return {};
     const QByteArrayView payload = trimmedHorizontally(line.sliced(5));
     if (payload.isEmpty() || payload == "[DONE]")
-        return std::nullopt;
+        return {};
     // The fast scanner settles the usual chunks; the general decoder the rest.
     const ChunkScanner::Result scanned = ChunkScanner::scan(payload);
+    Line result;
     std::optional<QString> chunkText;
     switch (scanned.outcome) {
     case ChunkScanner::Outcome::text:
         chunkText = scanned.text;
+        result.finishReason = scanned.finishReason;
         break;
     case ChunkScanner::Outcome::noText:
+        result.finishReason = scanned.finishReason;
+        break;
     case ChunkScanner::Outcome::wrongType:
-        return std::nullopt;
+        return {};
     case ChunkScanner::Outcome::notHandled: {
         const auto chunk = StreamChatChunk::decode(payload);
         if (!chunk)
-            return std::nullopt;
+            return {};
+        if (chunk->error) {
+            result.kind = Line::Kind::serverError;
+            result.text = *chunk->error;
+            return result;
+        }
         chunkText = chunk->text();
+        result.finishReason = chunk->finishReason;
         break;
     }
     }
-    if (!chunkText || chunkText->isEmpty())
+    if (chunkText && !chunkText->isEmpty()) {
+        result.kind = Line::Kind::text;
+        result.text = *chunkText;
+    }
+    return result;
+}
+
+std::optional<QString> ServerSentEventReader::textOfLine(QByteArrayView line) {
+    Line read = readLine(line);
+    if (read.kind != Line::Kind::text)
         return std::nullopt;
-    return chunkText;
+    return std::move(read.text);
 }
 
 bool ServerSentEventReader::appendLine(QByteArrayView line, const std::function<void()>& onText) {
-    const auto text = textOfLine(line);
-    if (!text)
+    if (line.size() > m_lineLimit) {
+        m_state = State::tooLarge;
+        return false;
+    }
+    Line read = readLine(line);
+    if (read.finishReason)
+        m_finishReason = std::move(read.finishReason);
+    switch (read.kind) {
+    case Line::Kind::nothing:
         return true;
-    m_reply.append(*text);
-    m_replyBytes += utf8Length(*text);
+    case Line::Kind::serverError:
+        m_state = State::serverError;
+        m_serverMessage = std::move(read.text);
+        return false;
+    case Line::Kind::text:
+        break;
+    }
+    m_reply.append(read.text);
+    m_replyBytes += utf8Length(read.text);
     if (m_replyBytes > m_replyLimit) {
-        m_exceeded = true;
+        m_state = State::tooLarge;
         return false;
     }
     if (onText)
@@ -169,12 +203,18 @@ bool ServerSentEventReader::appendLine(QByteArrayView line, const std::function<
 }
 
 bool ServerSentEventReader::feed(QByteArrayView bytes, const std::function<void()>& onText) {
-    if (m_exceeded)
+    if (m_state != State::reading)
         return false;
     qsizetype start = 0;
     while (start < bytes.size()) {
         const void* found = std::memchr(bytes.data() + start, '\n', size_t(bytes.size() - start));
         if (!found) {
+            // A line that is already too long will never be read.
+            if (m_partialLine.size() + (bytes.size() - start) > m_lineLimit) {
+                m_partialLine.clear();
+                m_state = State::tooLarge;
+                return false;
+            }
             m_partialLine.append(bytes.data() + start, bytes.size() - start);
             break;
         }
@@ -182,6 +222,10 @@ bool ServerSentEventReader::feed(QByteArrayView bytes, const std::function<void(
         bool ok;
         if (m_partialLine.isEmpty()) {
             ok = appendLine(bytes.sliced(start, end - start), onText);
+        } else if (m_partialLine.size() + (end - start) > m_lineLimit) {
+            m_partialLine.clear();
+            m_state = State::tooLarge;
+            ok = false;
         } else {
             m_partialLine.append(bytes.data() + start, end - start);
             ok = appendLine(m_partialLine, onText);

@@ -20,25 +20,55 @@ namespace scrivel {
 // event fields and payloads that do not decode are ignored. Bytes after the
 // last line feed are dropped when the body ends.
 //
+// A payload that reports a server failure ends the reading: the run failed,
+// whatever text came before it. The first choice's last finish reason is
+// kept, so a reply cut at the token budget can be told from a finished one.
+// A line may not grow past the reply limit plus room for its framing, so a
+// body without line feeds cannot grow memory without bound.
+//
 // Chunks are processed whole: each byte is looked at a constant number of
 // times, so the work is linear in the body.
 class ServerSentEventReader {
 public:
     static constexpr qsizetype defaultReplyLimit = 524288; // UTF-8 bytes
+    // Room for a line's JSON framing beyond the text it may carry.
+    static constexpr qsizetype lineFraming = 65536;
 
-    explicit ServerSentEventReader(qsizetype replyLimit = defaultReplyLimit);
+    enum class State { reading, tooLarge, serverError };
+
+    // What one line carries.
+    struct Line {
+        enum class Kind { nothing, text, serverError };
+        Kind kind = Kind::nothing;
+        // The text, or the server's own message of a failure (for the log).
+        QString text;
+        // The first choice's finish reason, when the chunk names one.
+        std::optional<QString> finishReason;
+    };
+
+    // lineLimit < 0 means the reply limit plus lineFraming.
+    explicit ServerSentEventReader(qsizetype replyLimit = defaultReplyLimit,
+                                   qsizetype lineLimit = -1);
 
     // Feeds the next bytes. onText runs after each text appended to the reply.
-    // Returns false once the reply has grown past the limit; the reader then
+    // Returns false once the reading has stopped (the reply or a line grew
+    // past its limit, or the server reported a failure); the reader then
     // ignores everything else.
     bool feed(QByteArrayView bytes, const std::function<void()>& onText = {});
     // The body ended: a partial last line is dropped.
     void finish();
 
-    bool exceededLimit() const { return m_exceeded; }
+    State state() const { return m_state; }
+    bool exceededLimit() const { return m_state == State::tooLarge; }
+    // The server's own message when it reported a failure.
+    const QString& serverMessage() const { return m_serverMessage; }
+    // The last finish reason the first choice named ("stop", "length", ...).
+    const std::optional<QString>& finishReason() const { return m_finishReason; }
     const TextAccumulator& reply() const { return m_reply; }
     qsizetype replyUtf8Size() const { return m_replyBytes; }
+    qsizetype lineLimit() const { return m_lineLimit; }
 
+    static Line readLine(QByteArrayView line);
     // The text of one line, or nothing when the line carries none.
     static std::optional<QString> textOfLine(QByteArrayView line);
 
@@ -49,7 +79,10 @@ private:
     TextAccumulator m_reply;
     qsizetype m_replyBytes = 0;
     qsizetype m_replyLimit;
-    bool m_exceeded = false;
+    qsizetype m_lineLimit;
+    State m_state = State::reading;
+    QString m_serverMessage;
+    std::optional<QString> m_finishReason;
 };
 
 } // namespace scrivel

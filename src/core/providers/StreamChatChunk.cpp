@@ -29,6 +29,19 @@ bool decodeContentHolder(const QJsonObject& choice, const QString& key,
     return true;
 }
 
+// The server's words from an error member: its "message" when it is an
+// object holding one, the text itself when it is a text, else nothing.
+QString errorMessage(const QJsonValue& error) {
+    if (error.isString())
+        return error.toString();
+    if (error.isObject()) {
+        const QJsonValue message = error.toObject().value(QStringLiteral("message"));
+        if (message.isString())
+            return message.toString();
+    }
+    return {};
+}
+
 } // namespace
 
 std::optional<StreamChatChunk> StreamChatChunk::decode(QByteArrayView payload) {
@@ -39,15 +52,35 @@ std::optional<StreamChatChunk> StreamChatChunk::decode(QByteArrayView payload) {
         return std::nullopt;
 
     StreamChatChunk chunk;
-    const QJsonValue choices = document.object().value(QStringLiteral("choices"));
+    const QJsonObject object = document.object();
+    // A failure reported in the stream wins over whatever else the object
+    // holds: servers differ in what they put beside it.
+    const QJsonValue reported = object.value(QStringLiteral("error"));
+    if (!reported.isUndefined() && !reported.isNull()) {
+        chunk.error = errorMessage(reported);
+        return chunk;
+    }
+    if (const QJsonValue kind = object.value(QStringLiteral("object"));
+        kind.isString() && kind.toString() == QLatin1String("error")) {
+        chunk.error = errorMessage(object);
+        return chunk;
+    }
+    const QJsonValue choices = object.value(QStringLiteral("choices"));
     if (choices.isUndefined() || choices.isNull())
         return chunk;
     if (!choices.isArray())
         return std::nullopt;
     QList<Choice> decoded;
+    bool first = true;
     for (const QJsonValue& value : choices.toArray()) {
         if (!value.isObject())
             return std::nullopt;
+        if (first) {
+            const QJsonValue reason = value.toObject().value(QStringLiteral("finish_reason"));
+            if (reason.isString())
+                chunk.finishReason = reason.toString();
+            first = false;
+        }
         Choice choice;
         if (!decodeContentHolder(value.toObject(), QStringLiteral("delta"), &choice.deltaContent) ||
             !decodeContentHolder(value.toObject(), QStringLiteral("message"),

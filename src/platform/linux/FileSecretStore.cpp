@@ -1,11 +1,13 @@
 #include "linux/FileSecretStore.h"
 
+#include "providers/KeychainError.h"
 #include "support/JsonWriter.h"
 
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLockFile>
 #include <QSaveFile>
 #include <QStandardPaths>
 
@@ -23,7 +25,15 @@ FileSecretStore::FileSecretStore()
     : FileSecretStore(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                       QStringLiteral("/Scrivel/credentials")) {}
 
-FileSecretStore::FileSecretStore(const QString& directory) : m_directory(directory) {}
+FileSecretStore::FileSecretStore(const QString& directory)
+    : m_directory(directory), m_onDamage([](const QString& path) {
+          qWarning("The private key file %s is damaged and can't be read; it was left as it is.",
+                   qUtf8Printable(path));
+      }) {}
+
+void FileSecretStore::setDamageHandler(std::function<void(const QString& path)> handler) {
+    m_onDamage = std::move(handler);
+}
 
 QString FileSecretStore::filePath() const {
     return m_directory + QStringLiteral("/secrets.json");
@@ -31,27 +41,33 @@ QString FileSecretStore::filePath() const {
 
 // The file maps accounts to base64 values. A missing file is an empty store;
 // an unreadable one is a failure, so nothing overwrites what could not be read.
-std::optional<QHash<QString, QByteArray>> FileSecretStore::load() const {
-    QHash<QString, QByteArray> items;
+std::expected<FileSecretStore::Items, int> FileSecretStore::load() {
+    Items items;
     QFile file(filePath());
     if (!file.exists())
         return items;
+    const auto damaged = [this] {
+        if (!m_damageReported && m_onDamage) {
+            m_damageReported = true;
+            m_onDamage(filePath());
+        }
+        return std::unexpected(KeychainError::unreadableStore);
+    };
     if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
+        return damaged();
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
     if (!document.isObject())
-        return std::nullopt;
+        return damaged();
     const QJsonObject object = document.object();
-    for (auto it = object.begin(); it != object.end(); ++it)
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        if (!it.value().isString())
+            return damaged();
         items.insert(it.key(), QByteArray::fromBase64(it.value().toString().toLatin1()));
+    }
     return items;
 }
 
-bool FileSecretStore::store(const QHash<QString, QByteArray>& items) const {
-    if (!QDir().mkpath(m_directory))
-        return false;
-    QFile::setPermissions(m_directory, directoryPermissions);
-
+bool FileSecretStore::store(const Items& items) const {
     JsonValue object = JsonValue::object();
     for (auto it = items.begin(); it != items.end(); ++it)
         object.insert(it.key(), QString::fromLatin1(it.value().toBase64()));
@@ -68,10 +84,29 @@ bool FileSecretStore::store(const QHash<QString, QByteArray>& items) const {
     return QFile::setPermissions(filePath(), filePermissions);
 }
 
+SecretStore::WriteResult FileSecretStore::change(const std::function<bool(Items&)>& change) {
+    if (!QDir().mkpath(m_directory))
+        return std::unexpected(ioError);
+    QFile::setPermissions(m_directory, directoryPermissions);
+    // The lock spans read, change and replace: a change made meanwhile by
+    // another process is read before this one is written.
+    QLockFile lock(filePath() + QStringLiteral(".lock"));
+    if (!lock.tryLock(m_lockTimeoutMs))
+        return std::unexpected(ioError);
+    auto items = load();
+    if (!items)
+        return std::unexpected(items.error());
+    if (!change(*items))
+        return {};
+    if (!store(*items))
+        return std::unexpected(ioError);
+    return {};
+}
+
 Future<SecretStore::ReadResult> FileSecretStore::read(const QString& account) {
     const auto items = load();
     if (!items)
-        return Future<ReadResult>::ready(std::unexpected(ioError));
+        return Future<ReadResult>::ready(std::unexpected(items.error()));
     const auto it = items->constFind(account);
     if (it == items->constEnd())
         return Future<ReadResult>::ready(std::optional<QByteArray>());
@@ -80,25 +115,17 @@ Future<SecretStore::ReadResult> FileSecretStore::read(const QString& account) {
 
 Future<SecretStore::WriteResult> FileSecretStore::write(const QString& account,
                                                         const QByteArray& value) {
-    auto items = load();
-    if (!items)
-        return Future<WriteResult>::ready(std::unexpected(ioError));
-    items->insert(account, value);
-    if (!store(*items))
-        return Future<WriteResult>::ready(std::unexpected(ioError));
-    return Future<WriteResult>::ready({});
+    return Future<WriteResult>::ready(change([&](Items& items) {
+        items.insert(account, value);
+        return true;
+    }));
 }
 
 Future<SecretStore::WriteResult> FileSecretStore::remove(const QString& account) {
-    auto items = load();
-    if (!items)
-        return Future<WriteResult>::ready(std::unexpected(ioError));
-    if (!items->contains(account))
+    if (!QFile::exists(filePath()))
         return Future<WriteResult>::ready({});
-    items->remove(account);
-    if (!store(*items))
-        return Future<WriteResult>::ready(std::unexpected(ioError));
-    return Future<WriteResult>::ready({});
+    return Future<WriteResult>::ready(
+        change([&](Items& items) { return items.remove(account) > 0; }));
 }
 
 } // namespace scrivel

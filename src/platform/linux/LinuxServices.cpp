@@ -1,5 +1,7 @@
 #include "linux/LinuxServices.h"
 
+#include "linux/BootClock.h"
+
 namespace scrivel {
 
 LinuxServices::LinuxServices() : m_secretService(APIKeyStore::service()) {
@@ -10,6 +12,14 @@ LinuxServices::LinuxServices() : m_secretService(APIKeyStore::service()) {
     });
     m_hub = std::make_unique<ProviderHub>(m_onDevice, *m_keys);
     m_coordinator = std::make_unique<RewriteCoordinator>(*m_hub);
+    // A run's time-out counts time asleep, and is checked again on wake.
+    m_coordinator->setDeadlineClock(bootClock());
+    QObject::connect(&m_wake, &WakeObserver::didWake, m_coordinator.get(),
+                     &RewriteCoordinator::checkDeadlines);
+}
+
+void LinuxServices::setKeyFileDamageHandler(std::function<void(const QString& path)> handler) {
+    m_fileStore.setDamageHandler(std::move(handler));
 }
 
 } // namespace scrivel

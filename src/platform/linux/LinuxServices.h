@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/FileSecretStore.h"
+#include "linux/LogindWakeObserver.h"
 #include "linux/QSettingsStore.h"
 #include "linux/SecretServiceProbe.h"
 #include "linux/SecretServiceStore.h"
@@ -10,6 +11,7 @@
 #include "presets/PresetStore.h"
 #include "providers/APIKeyStore.h"
 
+#include <functional>
 #include <memory>
 
 namespace scrivel {
@@ -30,6 +32,10 @@ public:
     ProviderHub& hub() { return *m_hub; }
     RewriteCoordinator& coordinator() { return *m_coordinator; }
 
+    // Told once, with the file's path, when the private key file is found
+    // damaged (by default a warning in the log).
+    void setKeyFileDamageHandler(std::function<void(const QString& path)> handler);
+
 private:
     QSettingsStore m_settings;
     SecretServiceStore m_secretService;
@@ -40,6 +46,7 @@ private:
     std::unique_ptr<APIKeyStore> m_keys;
     std::unique_ptr<ProviderHub> m_hub;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
+    LogindWakeObserver m_wake; // re-checks rewrite deadlines on wake
 };
 
 } // namespace scrivel

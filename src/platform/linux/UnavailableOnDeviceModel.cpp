@@ -9,7 +9,7 @@ namespace {
 class NoSession : public OnDeviceModel::Session {
 public:
     void prewarm() override {}
-    Future<OnDeviceModel::Response> respond(const QString&) override {
+    Future<OnDeviceModel::Response> respond(const OnDeviceModel::GenerationRequest&) override {
         return Future<OnDeviceModel::Response>::ready(
             std::unexpected(OnDeviceModel::GenerationError::otherFailure));
     }

@@ -23,6 +23,8 @@ private Q_SLOTS:
     void generationErrors_data();
     void generationErrors();
     void linuxHasNoModel();
+    void guidedGenerationRequest();
+    void modelsOwnCancellationIsACancellation();
 };
 
 void OnDeviceProviderTest::inputLimit_data() {
@@ -129,6 +131,32 @@ void OnDeviceProviderTest::generationErrors() {
     const auto result = test::waitFor(provider.transform("x", "i"));
     QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::modelFailed(message)));
     QTRY_VERIFY(provider.hasWarmSession("i")); // re-warmed after a failure too
+}
+
+void OnDeviceProviderTest::guidedGenerationRequest() {
+    FakeOnDeviceModel model;
+    OnDeviceProvider provider(model);
+    QVERIFY(test::waitFor(provider.transform("a b", "Fix it."))->has_value());
+    QCOMPARE(model.sessions[0].requests.size(), 1);
+    const OnDeviceModel::GenerationRequest& request = model.sessions[0].requests[0];
+    QCOMPARE(request.typeName, QStringLiteral("TransformedCopy"));
+    QCOMPARE(
+        request.properties,
+        (QList<OnDeviceModel::SchemaProperty>{
+            {"transformedText", "The full transformed text only. No preface, no commentary."}}));
+    QVERIFY(request.includeSchemaInPrompt);
+    QVERIFY(!request.greedySampling);
+    QCOMPARE(request.temperature, std::optional(0.0));
+    QCOMPARE(request.maximumResponseTokens, std::nullopt);
+}
+
+void OnDeviceProviderTest::modelsOwnCancellationIsACancellation() {
+    FakeOnDeviceModel model;
+    model.reply = std::unexpected(OnDeviceModel::GenerationError::cancelled);
+    OnDeviceProvider provider(model);
+    const auto result = test::waitFor(provider.transform("x", "i"));
+    QCOMPARE(result->error(), TransformFailure::cancelled());
+    QTRY_VERIFY(provider.hasWarmSession("i"));
 }
 
 void OnDeviceProviderTest::linuxHasNoModel() {

@@ -36,6 +36,8 @@ private Q_SLOTS:
     void validateEdit();
     void validateEditChecksInOrder_data();
     void validateEditChecksInOrder();
+    void graphemesAfterComplexScripts_data();
+    void graphemesAfterComplexScripts();
 };
 
 void OutputCleaningTest::cleanOutput_data() {
@@ -303,6 +305,48 @@ void OutputCleaningTest::validateEditChecksInOrder() {
     QFETCH(QString, input);
     QFETCH(EditVerdict, verdict);
     QCOMPARE(scrivel::validateEdit(reply, input), verdict);
+}
+
+void OutputCleaningTest::graphemesAfterComplexScripts_data() {
+    // Each sequence is one user-perceived character, wherever it stands.
+    QTest::addColumn<QString>("letter");
+    QTest::addColumn<QString>("sequence");
+    const QList<std::pair<const char*, QString>> scripts = {
+        {"Devanagari", QStringLiteral("\u0915\u093F")},
+        {"Thai", QStringLiteral("\u0E01")},
+        {"Malayalam", QStringLiteral("\u0D2E")},
+        {"Khmer", QStringLiteral("\u1780")},
+        {"Tibetan", QStringLiteral("\u0F40")},
+        {"Myanmar", QStringLiteral("\u1000")},
+        {"Latin", QStringLiteral("a")},
+    };
+    const QList<std::pair<const char*, QString>> sequences = {
+        {"family", QStringLiteral("\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466")},
+        {"flag", QStringLiteral("\U0001F1E9\U0001F1EA")},
+        {"skin tone", QStringLiteral("\U0001F44D\U0001F3FD")},
+        {"keycap", QStringLiteral("1\uFE0F\u20E3")},
+        {"CR LF", QStringLiteral("\r\n")},
+    };
+    for (const auto& [script, letter] : scripts) {
+        for (const auto& [name, sequence] : sequences)
+            QTest::newRow(qPrintable(
+                QStringLiteral("%1 after %2").arg(QLatin1String(name), QLatin1String(script))))
+                << letter << sequence;
+    }
+}
+
+void OutputCleaningTest::graphemesAfterComplexScripts() {
+    QFETCH(QString, letter);
+    QFETCH(QString, sequence);
+    // The letter, a space, then the sequence three times.
+    QCOMPARE(graphemeCount(letter + u' ' + sequence.repeated(3)), qsizetype(5));
+    // A paragraph of 119 characters that opens with a preface is a preface
+    // line: its length counts characters, not code units.
+    const QString opening = QStringLiteral("here is the corrected text ") + letter + u' ';
+    const QString paragraph = opening + sequence.repeated(119 - 29);
+    QCOMPARE(graphemeCount(paragraph), qsizetype(119));
+    QVERIFY(scrivel::isPrefaceLine(paragraph));
+    QVERIFY(!scrivel::isPrefaceLine(paragraph + sequence.repeated(2)));
 }
 
 QTEST_GUILESS_MAIN(OutputCleaningTest)

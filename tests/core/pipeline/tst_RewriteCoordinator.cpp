@@ -3,6 +3,7 @@
 #include "support/FakeTransformer.h"
 #include "support/TestSupport.h"
 
+#include <QElapsedTimer>
 #include <QtTest>
 
 using namespace scrivel;
@@ -55,6 +56,8 @@ private Q_SLOTS:
     void readinessLine_data();
     void readinessLine();
     void prewarmAndReasonWithoutPreset();
+    void deadlineCountsTimeAsleep_data();
+    void deadlineCountsTimeAsleep();
 
 private:
     // Starts a run and collects its result and status states.
@@ -320,6 +323,46 @@ void RewriteCoordinatorTest::prewarmAndReasonWithoutPreset() {
     future.then(this, [&](std::optional<UnavailableReason> r) { reason = r; });
     QTRY_VERIFY(reason.has_value());
     QCOMPARE(*reason, std::optional(UnavailableReason::misconfigured("Add a preset in Presets")));
+}
+
+void RewriteCoordinatorTest::deadlineCountsTimeAsleep_data() {
+    // The deadline clock is the timer's clock plus the time spent asleep, as
+    // the boot-time clock is; the timer's own clock stops during suspend.
+    QTest::addColumn<int>("asleepMs");
+    QTest::addColumn<bool>("timedOutOnWake");
+    QTest::newRow("slept past the deadline") << 61000 << true;
+    QTest::newRow("slept for most of it") << 59000 << false;
+}
+
+void RewriteCoordinatorTest::deadlineCountsTimeAsleep() {
+    QFETCH(int, asleepMs);
+    QFETCH(bool, timedOutOnWake);
+    QElapsedTimer awake;
+    awake.start();
+    qint64 asleep = 0;
+    m_coordinator->setDeadlineClock(
+        [&] { return std::chrono::milliseconds(awake.elapsed() + asleep); });
+    m_coordinator->setTimeoutScale([](int) { return std::chrono::milliseconds(60000); });
+    start(QStringLiteral("x"), plainPreset());
+    m_fake->partials({QStringLiteral("partial")});
+
+    asleep += asleepMs;
+    m_coordinator->checkDeadlines(); // the machine woke up
+    QTest::qWait(10);
+    QCOMPARE(m_result.has_value(), timedOutOnWake);
+    if (timedOutOnWake) {
+        QVERIFY(*m_result == RewriteCoordinator::Result(std::unexpected(
+                                 TransformFailure::rewrite(RewriteError::timeout()))));
+        QCOMPARE(describe(m_states), QStringLiteral("working, error(Timed out. Try again.)"));
+        QVERIFY(m_fake->last().writer.isCancelled());
+        return;
+    }
+    // The rest of the time-out is what is left on the deadline clock, not a
+    // fresh minute.
+    QTRY_VERIFY_WITH_TIMEOUT(m_result.has_value(), 20000);
+    QVERIFY(awake.elapsed() < 30000);
+    QVERIFY(*m_result == RewriteCoordinator::Result(
+                             std::unexpected(TransformFailure::rewrite(RewriteError::timeout()))));
 }
 
 QTEST_GUILESS_MAIN(RewriteCoordinatorTest)

@@ -35,7 +35,7 @@ QString namesOf(const QList<Preset>& presets) {
 
 void store(InMemorySettingsStore& settings, const QList<Preset>& presets,
            const std::optional<QUuid>& active) {
-    settings.setData(PresetStore::presetsKey(), Preset::encodeList(presets));
+    settings.setData(PresetStore::presetsKey(), *Preset::encodeList(presets));
     if (active)
         settings.setText(PresetStore::activePresetKey(), Preset::idText(*active));
 }
@@ -60,6 +60,8 @@ private Q_SLOTS:
     void activateIgnoresUnknownIdentifiers();
     void addAppendsWithoutChangingTheActivePreset();
     void newPresetTemplate();
+    void unencodableTemperatureKeepsTheStoredList_data();
+    void unencodableTemperatureKeepsTheStoredList();
 };
 
 void PresetStoreTest::firstLaunchSeedsTheBuiltIns_data() {
@@ -81,7 +83,7 @@ void PresetStoreTest::firstLaunchSeedsTheBuiltIns() {
     QCOMPARE(presets.activePreset()->name, QStringLiteral("Fix"));
     QCOMPARE(presets.activePreset()->providerID,
              onDevice ? QStringLiteral("onDevice") : QStringLiteral("groq"));
-    QCOMPARE(settings.data(PresetStore::presetsKey()), Preset::encodeList(presets.presets()));
+    QCOMPARE(settings.data(PresetStore::presetsKey()), *Preset::encodeList(presets.presets()));
     QCOMPARE(settings.text(PresetStore::activePresetKey()),
              Preset::idText(presets.presets().first().id));
     QCOMPARE(PresetStore(settings).presets(), presets.presets());
@@ -105,7 +107,7 @@ void PresetStoreTest::loadingFallsBack_data() {
     QTest::addColumn<int>("activeIndex"); // -1: none
 
     const QList<Preset> two = lettered(QStringLiteral("AB"));
-    const QByteArray good = Preset::encodeList(two);
+    const QByteArray good = *Preset::encodeList(two);
     QTest::newRow("stored active") << good << Preset::idText(two[1].id) << 2 << 1;
     QTest::newRow("active names nothing") << good << Preset::idText(QUuid::createUuid()) << 2 << 0;
     QTest::newRow("active is not a UUID") << good << "yesterday" << 2 << 0;
@@ -321,6 +323,31 @@ void PresetStoreTest::newPresetTemplate() {
     store(settings, initial, initial[1].id);
     PresetStore filled(settings);
     QCOMPARE(filled.newPresetTemplate().instructions, QStringLiteral("Rewrite as B would."));
+}
+
+void PresetStoreTest::unencodableTemperatureKeepsTheStoredList_data() {
+    QTest::addColumn<double>("temperature");
+    QTest::newRow("NaN") << qQNaN();
+    QTest::newRow("infinity") << qInf();
+    QTest::newRow("negative infinity") << -qInf();
+}
+
+void PresetStoreTest::unencodableTemperatureKeepsTheStoredList() {
+    QFETCH(double, temperature);
+    InMemorySettingsStore settings;
+    const QList<Preset> initial = lettered(QStringLiteral("AB"));
+    store(settings, initial, initial[0].id);
+    const std::optional<QByteArray> before = settings.data(PresetStore::presetsKey());
+    PresetStore presets(settings);
+
+    Preset odd = initial[1];
+    odd.temperature = temperature;
+    presets.update(odd);
+    presets.activate(initial[1].id);
+    QCOMPARE(settings.data(PresetStore::presetsKey()), before);
+    QVERIFY(before && !before->contains("null"));
+    QCOMPARE(settings.text(PresetStore::activePresetKey()), Preset::idText(initial[1].id));
+    QCOMPARE(PresetStore(settings).presets(), initial);
 }
 
 QTEST_GUILESS_MAIN(PresetStoreTest)

@@ -50,6 +50,8 @@ private Q_SLOTS:
     void exportThenImportRoundTrips();
     void reimportReplacesInsteadOfDuplicating();
     void addingAPackTwiceAddsTwoSetsOfCopies();
+    void repeatedIdentifiersKeepTheLastVersion_data();
+    void repeatedIdentifiersKeepTheLastVersion();
     void importFailures_data();
     void importFailures();
     void invalidPackChangesNothing();
@@ -125,6 +127,63 @@ void PresetTransferTest::addingAPackTwiceAddsTwoSetsOfCopies() {
     QCOMPARE(m_store->presets().size(), 3 + 2 * pack.presets.size());
     QVERIFY(first && second && *first != *second);
     QCOMPARE(m_store->presets()[3].name, pack.presets.first().name);
+}
+
+void PresetTransferTest::repeatedIdentifiersKeepTheLastVersion_data() {
+    // Items named "<id letter><version>"; "e" is the id of a stored preset,
+    // "a" and "b" are new.
+    QTest::addColumn<QStringList>("items");
+    QTest::addColumn<QStringList>("expectedNames"); // the presets after the three built-ins
+    QTest::addColumn<int>("added");
+    QTest::addColumn<int>("replaced");
+    QTest::addColumn<QString>("affected"); // id letters, in order
+    QTest::newRow("new id twice") << QStringList{"a1", "a2"} << QStringList{"a2"} << 1 << 0 << "a";
+    QTest::newRow("new id twice around another")
+        << QStringList{"a1", "b1", "a2"} << QStringList{"a2", "b1"} << 2 << 0 << "ab";
+    QTest::newRow("stored id twice") << QStringList{"e1", "e2"} << QStringList{} << 0 << 1 << "e";
+    QTest::newRow("stored and new")
+        << QStringList{"a1", "e1", "a2", "e2"} << QStringList{"a2"} << 1 << 1 << "ea";
+}
+
+void PresetTransferTest::repeatedIdentifiersKeepTheLastVersion() {
+    QFETCH(QStringList, items);
+    QFETCH(QStringList, expectedNames);
+    QFETCH(int, added);
+    QFETCH(int, replaced);
+    QFETCH(QString, affected);
+    const QHash<QChar, QUuid> ids = {
+        {u'a', QUuid::createUuid()}, {u'b', QUuid::createUuid()}, {u'e', m_store->presets()[1].id}};
+    PresetPackDocument pack;
+    for (const QString& item : items)
+        pack.presets.append({ids[item[0]],
+                             item,
+                             QStringLiteral("groq"),
+                             {},
+                             QStringLiteral("m"),
+                             QStringLiteral("i"),
+                             {},
+                             {},
+                             false});
+
+    const auto result = m_store->importPack(pack, false);
+    QVERIFY(result);
+    QCOMPARE(result->added, added);
+    QCOMPARE(result->replaced, replaced);
+    QList<QUuid> affectedIDs;
+    for (const QChar letter : affected)
+        affectedIDs << ids[letter];
+    QCOMPARE(result->affectedIDs, affectedIDs);
+
+    const QList<Preset>& presets = m_store->presets();
+    QCOMPARE(presets.size(), 3 + expectedNames.size());
+    for (qsizetype i = 0; i < expectedNames.size(); ++i)
+        QCOMPARE(presets[3 + i].name, expectedNames[i]);
+    const QString lastE = items.filter(QStringLiteral("e")).value(items.filter("e").size() - 1);
+    if (!lastE.isEmpty())
+        QCOMPARE(presets[1].name, lastE);
+    // What is stored reads back the same.
+    PresetStore reopened(*m_settings);
+    QCOMPARE(reopened.presets(), presets);
 }
 
 void PresetTransferTest::importFailures_data() {

@@ -55,6 +55,10 @@ private Q_SLOTS:
     void seeOtherAndTheRedirectLimit();
     void modelListUsesTheStoredKey();
     void cookiesAreNeverSentBack();
+    void refusedMaxTokensIsResentOnce_data();
+    void leadingThinkBlockIsDropped_data();
+    void leadingThinkBlockIsDropped();
+    void refusedMaxTokensIsResentOnce();
 
 private:
     ProviderEndpoint
@@ -172,6 +176,36 @@ void OpenAICompatibleProviderTest::streams_data() {
     QTest::newRow("streamed text over the limit")
         << ScriptedHttpServer::eventStream(big, true, 65536) << QString()
         << failed(RewriteError::modelFailed("Custom response was too large"));
+    const RewriteError stoppedWithError =
+        RewriteError::modelFailed("The provider stopped with an error. Try again.");
+    QTest::newRow("error object after text")
+        << ScriptedHttpServer::eventStream(
+               sse({"The cat sat"}) +
+                   "data: {\"error\":{\"message\":\"Upstream error\",\"code\":502}}\n\n" +
+                   sse({" on the mat."}),
+               true)
+        << QString() << failed(stoppedWithError);
+    QTest::newRow("only an error object")
+        << ScriptedHttpServer::eventStream(
+               "event: error\ndata: {\"error\":{\"message\":\"x\"}}\n\n", false)
+        << QString() << failed(stoppedWithError);
+    QTest::newRow("cut at the token budget")
+        << ScriptedHttpServer::eventStream(
+               sse({"The cat sat"}) +
+                   "data: {\"choices\":[{\"delta\":{},\"finish_reason\":\"length\"}]}\n\n",
+               true)
+        << QString()
+        << failed(RewriteError::modelFailed(
+               "The reply was cut short by the provider\u2019s length limit. Try a shorter text."));
+    QTest::newRow("finished normally")
+        << ScriptedHttpServer::eventStream(
+               sse({"Done."}) +
+                   "data: {\"choices\":[{\"delta\":{},\"finish_reason\":\"stop\"}]}\n\n",
+               true)
+        << "Done." << F();
+    QTest::newRow("a line that never ends")
+        << ScriptedHttpServer::eventStream("data: " + QByteArray(600 * 1024, 'x'), true, 65536)
+        << QString() << failed(RewriteError::modelFailed("Custom response was too large"));
     Response dropped = ScriptedHttpServer::eventStream(sse({"partial"}), true);
     dropped.writes.removeLast(); // no terminating chunk: the connection just closes
     QTest::newRow("dropped mid-reply")
@@ -463,6 +497,100 @@ void OpenAICompatibleProviderTest::cookiesAreNeverSentBack() {
     QVERIFY(run(provider).completed);
     QCOMPARE(m_server->requests().size(), 2);
     QVERIFY(!m_server->requests()[1].headers.contains("cookie"));
+}
+
+void OpenAICompatibleProviderTest::refusedMaxTokensIsResentOnce_data() {
+    QTest::addColumn<QByteArray>("refusal"); // the 400 body
+    QTest::addColumn<bool>("refusesBoth");   // the server refuses the resend too
+    QTest::addColumn<int>("requests");       // for the first run
+    QTest::addColumn<bool>("completes");
+    const QByteArray maxTokens =
+        R"({"error":{"message":"Unsupported parameter: 'max_tokens' is not supported with this )"
+        R"(model. Use 'max_completion_tokens' instead.","type":"invalid_request_error",)"
+        R"("param":"max_tokens","code":"unsupported_parameter"}})";
+    QTest::newRow("refused once") << maxTokens << false << 2 << true;
+    QTest::newRow("refused again: no loop") << maxTokens << true << 2 << false;
+    QTest::newRow("another parameter")
+        << QByteArray(R"({"error":{"param":"temperature","code":"unsupported_parameter"}})")
+        << false << 1 << false;
+    QTest::newRow("not JSON") << QByteArray("max_tokens unsupported_parameter") << false << 1
+                              << false;
+}
+
+void OpenAICompatibleProviderTest::refusedMaxTokensIsResentOnce() {
+    QFETCH(QByteArray, refusal);
+    QFETCH(bool, refusesBoth);
+    QFETCH(int, requests);
+    QFETCH(bool, completes);
+    m_server->setHandler([&](const ScriptedHttpServer::Request& request) {
+        const QJsonObject body = QJsonDocument::fromJson(request.body).object();
+        if (body.contains(QStringLiteral("max_tokens")) || refusesBoth)
+            return ScriptedHttpServer::status(400, refusal, {"Content-Type: application/json"});
+        return ScriptedHttpServer::eventStream(sse({"Fixed."}), true);
+    });
+    OpenAICompatibleProvider provider(endpoint(), *m_keys);
+    const StreamRun first = run(provider);
+    QCOMPARE(m_server->requests().size(), requests);
+    if (!completes) {
+        QCOMPARE(*first.end, std::optional(TransformFailure::rewrite(
+                                 RewriteError::modelFailed("The provider returned error 400."))));
+        return;
+    }
+    QCOMPARE(*first.end, std::optional<TransformFailure>());
+    QCOMPARE(first.completed, std::optional<QString>("Fixed."));
+    const QJsonObject resent = QJsonDocument::fromJson(m_server->requests()[1].body).object();
+    QVERIFY(!resent.contains(QStringLiteral("max_tokens")));
+    QCOMPARE(resent.value(QStringLiteral("max_completion_tokens")).toInt(), 4096);
+
+    // The endpoint remembers the choice for this model: one request now.
+    const StreamRun second = run(provider);
+    QCOMPARE(second.completed, std::optional<QString>("Fixed."));
+    QCOMPARE(m_server->requests().size(), 3);
+}
+
+void OpenAICompatibleProviderTest::leadingThinkBlockIsDropped_data() {
+    QTest::addColumn<QStringList>("pieces");
+    QTest::addColumn<QString>("completed"); // null: "Empty model response"
+    QTest::addColumn<QString>("firstPartial");
+    QTest::newRow("block, then the text")
+        << QStringList{"<think>", "reasoning about it", "</think>", "\n\n", "The ", "cat."}
+        << "The cat."
+        << "The ";
+    QTest::newRow("tags cut into pieces")
+        << QStringList{"\n<th", "ink>reasoning</th", "ink>  Fixed", " text"} << "Fixed text"
+        << "Fixed";
+    QTest::newRow("all in one piece") << QStringList{"<think>reasoning</think>Done."} << "Done."
+                                      << "Done.";
+    QTest::newRow("never closed") << QStringList{"<think>", "reasoning forever"} << QString()
+                                  << QString();
+    QTest::newRow("a block later on stays")
+        << QStringList{"Keep ", "<think>this</think>"} << "Keep <think>this</think>"
+        << "Keep ";
+    QTest::newRow("a look-alike start stays") << QStringList{"<thin", "g> tag"} << "<thing> tag"
+                                              << "<thing> tag";
+}
+
+void OpenAICompatibleProviderTest::leadingThinkBlockIsDropped() {
+    QFETCH(QStringList, pieces);
+    QFETCH(QString, completed);
+    QFETCH(QString, firstPartial);
+    m_server->setHandler([&](const ScriptedHttpServer::Request&) {
+        return ScriptedHttpServer::eventStream(sse(pieces), true, 5, 1);
+    });
+    OpenAICompatibleProvider provider(endpoint(), *m_keys);
+    const StreamRun result = run(provider);
+    for (const QString& partial : result.partials)
+        QVERIFY2(!partial.contains(QStringLiteral("reasoning")), qPrintable(partial));
+    if (completed.isNull()) {
+        QVERIFY(result.partials.isEmpty());
+        QCOMPARE(*result.end, std::optional(TransformFailure::rewrite(
+                                  RewriteError::modelFailed("Empty model response"))));
+        return;
+    }
+    QCOMPARE(*result.end, std::optional<TransformFailure>());
+    QCOMPARE(result.completed, std::optional(completed));
+    QVERIFY(!result.partials.isEmpty());
+    QCOMPARE(result.partials.first(), firstPartial);
 }
 
 QTEST_GUILESS_MAIN(OpenAICompatibleProviderTest)

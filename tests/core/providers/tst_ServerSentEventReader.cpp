@@ -16,10 +16,14 @@ struct Reading {
     QString reply;
     bool exceeded = false;
     int texts = 0;
+    ServerSentEventReader::State state = ServerSentEventReader::State::reading;
+    QString serverMessage;
+    std::optional<QString> finishReason;
 };
 
-Reading readInPieces(const QByteArray& body, const QList<qsizetype>& cuts, qsizetype limit) {
-    ServerSentEventReader reader(limit);
+Reading readInPieces(const QByteArray& body, const QList<qsizetype>& cuts, qsizetype limit,
+                     qsizetype lineLimit = -1) {
+    ServerSentEventReader reader(limit, lineLimit);
     Reading reading;
     qsizetype at = 0;
     for (qsizetype cut : cuts) {
@@ -30,6 +34,9 @@ Reading readInPieces(const QByteArray& body, const QList<qsizetype>& cuts, qsize
     reader.finish();
     reading.reply = reader.reply().view().toString();
     reading.exceeded = reader.exceededLimit();
+    reading.state = reader.state();
+    reading.serverMessage = reader.serverMessage();
+    reading.finishReason = reader.finishReason();
     return reading;
 }
 
@@ -50,6 +57,9 @@ private Q_SLOTS:
     void randomBodiesMatchTheReference();
     void limit_data();
     void limit();
+    void serverFailuresAndFinishReasons_data();
+    void serverFailuresAndFinishReasons();
+    void lineWithoutLineFeedIsBounded();
     void regressionInputs();
 };
 
@@ -140,6 +150,9 @@ void ServerSentEventReaderTest::randomBodiesMatchTheReference() {
         "\xff",
         "{",
         "event: x",
+        R"({"error":{"message":"overloaded"}})",
+        R"({"choices":[{"delta":{"content":"y"},"finish_reason":"length"}]})",
+        R"({"choices":[{"delta":{},"finish_reason":"stop"}]})",
     };
     QRandomGenerator random(20261123);
     for (int round = 0; round < 300; ++round) {
@@ -151,11 +164,15 @@ void ServerSentEventReaderTest::randomBodiesMatchTheReference() {
         for (qsizetype at = 0; at < body.size(); at += random.bounded(1, 9))
             cuts << at;
         const qsizetype limit = random.bounded(1, 40);
+        const qsizetype lineLimit = random.bounded(2) ? -1 : random.bounded(20, 120);
         ReferenceEventReader reference;
         reference.limit = limit;
+        reference.lineLimit = lineLimit;
         reference.feed(body);
-        const Reading reading = readInPieces(body, cuts, limit);
+        const Reading reading = readInPieces(body, cuts, limit, lineLimit);
         QCOMPARE(reading.exceeded, reference.exceeded);
+        QCOMPARE(reading.state == ServerSentEventReader::State::serverError, reference.serverError);
+        QCOMPARE(reading.finishReason, reference.finishReason);
         if (!reference.exceeded)
             QCOMPARE(reading.reply, reference.reply);
         QCOMPARE(reading.texts, reference.texts);
@@ -185,6 +202,96 @@ void ServerSentEventReaderTest::limit() {
     QCOMPARE(reading.exceeded, exceeded);
     if (!exceeded)
         QCOMPARE(reading.reply.toUtf8().size(), bytes);
+}
+
+void ServerSentEventReaderTest::serverFailuresAndFinishReasons_data() {
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QString>("reply");
+    QTest::addColumn<bool>("serverError");
+    QTest::addColumn<QString>("serverMessage");
+    QTest::addColumn<QString>("finishReason"); // null: none named
+
+    const QByteArray cat = ScriptedHttpServer::dataLine(QStringLiteral("The cat sat"));
+    const QByteArray later = ScriptedHttpServer::dataLine(QStringLiteral(" on the mat"));
+    QTest::newRow("error object after text ends the reading")
+        << cat + chunkLine(R"({"error":{"message":"Upstream overloaded","code":502}})") + later
+        << "The cat sat" << true << "Upstream overloaded" << QString();
+    QTest::newRow("error object alone")
+        << chunkLine(R"({"error":{"message":"Bad key","type":"auth"}})") << "" << true << "Bad key"
+        << QString();
+    QTest::newRow("error as a bare text")
+        << chunkLine(R"({"error":"rate limited"})") << "" << true << "rate limited" << QString();
+    QTest::newRow("error beside choices, as some routers send it")
+        << cat + chunkLine(
+                     R"({"id":"x","choices":[{"delta":{"content":""},"finish_reason":"error"}],)"
+                     R"("error":{"code":500,"message":"Provider disconnected"}})")
+        << "The cat sat" << true << "Provider disconnected" << QString();
+    QTest::newRow("error response object without a wrapper")
+        << chunkLine(R"({"object":"error","message":"context too long","code":400})") << "" << true
+        << "context too long" << QString();
+    QTest::newRow("error after an event line")
+        << cat + "event: error\n" + chunkLine(R"({"error":{"message":"boom"}})") << "The cat sat"
+        << true << "boom" << QString();
+    QTest::newRow("null error is no error")
+        << chunkLine(R"({"error":null,"choices":[{"delta":{"content":"ok"}}]})") << "ok" << false
+        << "" << QString();
+    QTest::newRow("cut at the token budget")
+        << cat + chunkLine(R"({"choices":[{"delta":{},"finish_reason":"length"}]})")
+        << "The cat sat" << false << ""
+        << "length";
+    QTest::newRow("finish reason beside the last text")
+        << chunkLine(R"({"choices":[{"delta":{"content":"Hi"},"finish_reason":"stop"}]})") << "Hi"
+        << false << ""
+        << "stop";
+    QTest::newRow("a later finish reason wins; null names none")
+        << chunkLine(R"({"choices":[{"delta":{},"finish_reason":"length"}]})") +
+               chunkLine(R"({"choices":[{"delta":{},"finish_reason":"stop"}]})") +
+               chunkLine(R"({"choices":[{"delta":{"content":"x"},"finish_reason":null}]})")
+        << "x" << false << ""
+        << "stop";
+    QTest::newRow("only the first choice's reason counts")
+        << chunkLine(R"({"choices":[{"delta":{"content":"a"}},{"finish_reason":"length"}]})") << "a"
+        << false << "" << QString();
+}
+
+void ServerSentEventReaderTest::serverFailuresAndFinishReasons() {
+    QFETCH(QByteArray, body);
+    QFETCH(QString, reply);
+    QFETCH(bool, serverError);
+    QFETCH(QString, serverMessage);
+    QFETCH(QString, finishReason);
+    // The fast path and the general decoder must agree, so every split is read.
+    for (qsizetype cut = 0; cut <= body.size(); ++cut) {
+        const Reading reading = readInPieces(body, {cut}, 524288);
+        QCOMPARE(reading.reply, reply);
+        QCOMPARE(reading.state == ServerSentEventReader::State::serverError, serverError);
+        QCOMPARE(reading.serverMessage, serverMessage);
+        QCOMPARE(reading.finishReason,
+                 finishReason.isNull() ? std::nullopt : std::optional(finishReason));
+    }
+}
+
+void ServerSentEventReaderTest::lineWithoutLineFeedIsBounded() {
+    // A line may hold the whole reply limit plus its framing, and no more,
+    // however the bytes arrive.
+    ServerSentEventReader reader(100);
+    QCOMPARE(reader.lineLimit(), 100 + ServerSentEventReader::lineFraming);
+    const QByteArray piece(4096, 'x');
+    qsizetype fed = 0;
+    while (reader.feed(piece))
+        fed += piece.size();
+    QVERIFY(reader.exceededLimit());
+    QVERIFY(fed <= reader.lineLimit());
+    QVERIFY(fed + piece.size() > reader.lineLimit());
+    QVERIFY(!reader.feed(ScriptedHttpServer::dataLine(QStringLiteral("late"))));
+    QCOMPARE(reader.reply().view(), QStringView());
+
+    // Exactly at the limit a line is still read; one byte more is too large.
+    const QByteArray line = ScriptedHttpServer::dataLine(QStringLiteral("fits")).trimmed();
+    QCOMPARE(readInPieces(line + "\n", {3}, 100, line.size()).reply, QStringLiteral("fits"));
+    const Reading over = readInPieces(" " + line + "\n", {}, 100, line.size());
+    QVERIFY(over.exceeded);
+    QCOMPARE(over.reply, QString());
 }
 
 void ServerSentEventReaderTest::regressionInputs() {

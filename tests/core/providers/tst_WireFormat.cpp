@@ -59,6 +59,17 @@ void WireFormatTest::bodyIsByteExact_data() {
                       "{\"role\":\"user\",\"content\":\"Apply your instructions to the content of "
                       "<input> and return only the result.\\n\\n<input>\\ncaf\xc3\xa9\\n<\\/"
                       "input>\"}]}");
+    // JSON cannot hold these; the body never carries null instead.
+    for (const double odd : {qQNaN(), qInf(), -qInf()}) {
+        CompletionInput unencodable = bare;
+        unencodable.temperature = odd;
+        QTest::newRow(qPrintable(QStringLiteral("temperature %1 is left out").arg(odd)))
+            << unencodable
+            << QByteArray(R"({"model":"llama3","max_tokens":4096,"stream":true,"messages":[)"
+                          R"({"role":"system","content":"Fix it."},)"
+                          R"({"role":"user","content":"Apply your instructions to the content of )"
+                          R"(<input> and return only the result.\n\n<input>\nabc\n<\/input>"}]})");
+    }
 }
 
 void WireFormatTest::bodyIsByteExact() {
@@ -214,6 +225,18 @@ void WireFormatTest::fastScannerAgreesWithTheDecoder_data() {
         << QByteArray(R"({"choices":[{"delta":{"content":"\ud83d\ude00"}}]})") << false;
     QTest::newRow("invalid UTF-8 in a key")
         << QByteArray("{\"choices\":[{\"d\":{\"c\x89\":1}}]}") << false;
+    QTest::newRow("finish reason")
+        << QByteArray(R"({"choices":[{"delta":{"content":"x"},"finish_reason":"length"}]})")
+        << true;
+    QTest::newRow("finish reason of a later choice")
+        << QByteArray(R"({"choices":[{"delta":{}},{"finish_reason":"length"}]})") << true;
+    QTest::newRow("finish reason not a text")
+        << QByteArray(R"({"choices":[{"finish_reason":7,"delta":{"content":"x"}}]})") << true;
+    QTest::newRow("null error") << QByteArray(R"({"error":null,"choices":[]})") << true;
+    QTest::newRow("error object") << QByteArray(R"({"error":{"message":"m"},"choices":[]})")
+                                  << false;
+    QTest::newRow("escaped error kind")
+        << QByteArray(R"({"object":"err\u006fr","message":"m"})") << false;
     // Seeds and kept fuzz inputs.
     const QDir dir(QStringLiteral(SCRIVEL_TEST_DATA_DIR "/StreamChatChunk"));
     for (const QFileInfo& entry : dir.entryInfoList(QDir::Files)) {
@@ -238,11 +261,13 @@ void WireFormatTest::fastScannerAgreesWithTheDecoder() {
         QVERIFY(!chunk);
         break;
     case Outcome::noText:
-        QVERIFY(chunk && !chunk->text());
+        QVERIFY(chunk && !chunk->text() && !chunk->error);
+        QCOMPARE(chunk->finishReason, scanned.finishReason);
         break;
     case Outcome::text:
-        QVERIFY(chunk);
+        QVERIFY(chunk && !chunk->error);
         QCOMPARE(chunk->text(), std::optional<QString>(scanned.text));
+        QCOMPARE(chunk->finishReason, scanned.finishReason);
         break;
     }
 }
