@@ -18,6 +18,8 @@ Future<APIKeyProviding::VoidResult> FakeKeyStore::saveKey(const QString& key,
     log.append({Operation::Kind::save, account, key});
     if (failSaves)
         return Future<VoidResult>::ready(std::unexpected(KeychainError::saveFailed(-1)));
+    if (key.contains(QLatin1Char('\n')))
+        return Future<VoidResult>::ready(std::unexpected(KeychainError::invalidKey()));
     const QString trimmed = trimmedWhitespaceAndNewlines(key);
     if (trimmed.isEmpty())
         keys.remove(account);

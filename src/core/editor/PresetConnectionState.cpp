@@ -5,7 +5,7 @@ namespace scrivel {
 QString PresetConnectionState::message() const {
     if (m_kind != Kind::failed || !m_failure)
         return {};
-    QString text = m_failure->message();
+    QString text = m_reason.value_or(m_failure->message());
     if (m_savedKeyUnchanged)
         text += tr(" The saved API key is unchanged.");
     return text;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "providers/KeychainError.h"
 #include "providers/ProviderConnectionFailure.h"
 
 #include <QCoreApplication>
@@ -31,6 +32,16 @@ public:
         return state;
     }
 
+    // A key the store would not save; a key it refused as malformed says why,
+    // any other failure is the keychain's sentence. The stored key stays.
+    static PresetConnectionState keyNotSaved(const KeychainError& error) {
+        PresetConnectionState state =
+            failed(ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain), true);
+        if (error.kind() == KeychainError::Kind::invalidKey)
+            state.m_reason = error.saveMessage();
+        return state;
+    }
+
     Kind kind() const { return m_kind; }
     const std::optional<ProviderConnectionFailure>& failure() const { return m_failure; }
     bool savedKeyUnchanged() const { return m_savedKeyUnchanged; }
@@ -47,6 +58,7 @@ private:
     Kind m_kind;
     std::optional<ProviderConnectionFailure> m_failure;
     bool m_savedKeyUnchanged = false;
+    std::optional<QString> m_reason; // in place of the failure's own sentence
 };
 
 } // namespace scrivel

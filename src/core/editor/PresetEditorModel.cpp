@@ -322,9 +322,7 @@ void PresetEditorModel::commitKey() {
                 invalidateConnection(false);
                 connectToProvider();
             } else {
-                setConnectionState(PresetConnectionState::failed(
-                    ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain),
-                    true));
+                setConnectionState(PresetConnectionState::keyNotSaved(result.error()));
             }
         }
         if (testWaits)

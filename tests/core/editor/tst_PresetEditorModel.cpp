@@ -391,6 +391,15 @@ void PresetEditorModelTest::failedKeySaveKeepsTheSavedKey() {
         QStringLiteral(" The saved API key is unchanged.")));
     QCOMPARE(model->committedKey(), QStringLiteral("old"));
     QCOMPARE(m_keys.keys.value(QStringLiteral("groq")), QStringLiteral("old"));
+
+    // A key the store refuses as malformed says why instead.
+    m_keys.failSaves = false;
+    model->setAPIKey(QStringLiteral("gsk-a\nb"));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        model->connectionState().message().startsWith(KeychainError::invalidKey().saveMessage()),
+        settleMs);
+    QVERIFY(model->connectionState().message().endsWith(
+        QStringLiteral(" The saved API key is unchanged.")));
 }
 
 void PresetEditorModelTest::sharedKeyRemovalAsksFirst_data() {
