@@ -118,33 +118,23 @@ void PresetEditorModel::setDraft(const Preset& draft) {
 }
 
 void PresetEditorModel::setName(const QString& name) {
-    Preset draft = m_draft;
-    draft.name = name;
-    setDraft(draft);
+    setDraftField(&Preset::name, name);
 }
 
 void PresetEditorModel::setProviderID(const QString& providerID) {
-    Preset draft = m_draft;
-    draft.providerID = providerID;
-    setDraft(draft);
+    setDraftField(&Preset::providerID, providerID);
 }
 
 void PresetEditorModel::setCustomBaseURL(const QString& baseURL) {
-    Preset draft = m_draft;
-    draft.customBaseURL = baseURL;
-    setDraft(draft);
+    setDraftField(&Preset::customBaseURL, baseURL);
 }
 
 void PresetEditorModel::setModel(const QString& model) {
-    Preset draft = m_draft;
-    draft.model = model;
-    setDraft(draft);
+    setDraftField(&Preset::model, model);
 }
 
 void PresetEditorModel::setInstructions(const QString& instructions) {
-    Preset draft = m_draft;
-    draft.instructions = instructions;
-    setDraft(draft);
+    setDraftField(&Preset::instructions, instructions);
 }
 
 void PresetEditorModel::scheduleSave() {

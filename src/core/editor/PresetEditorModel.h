@@ -134,6 +134,13 @@ Q_SIGNALS:
     void saved();
 
 private:
+    // One field of the draft changed; everything else stays.
+    template <typename Field>
+    void setDraftField(Field Preset::*field, const QString& value) {
+        Preset draft = m_draft;
+        draft.*field = value;
+        setDraft(draft);
+    }
     void scheduleSave();
     void writeSnapshot();
     void providerDidChange();

@@ -49,6 +49,26 @@ QFrame* groupBox(QWidget* parent) {
     return box;
 }
 
+// A section: its bold header above a group box whose rows the caller fills.
+struct SectionParts {
+    QWidget* section;
+    QVBoxLayout* layout;
+    QFrame* box;
+    QVBoxLayout* rows;
+};
+
+SectionParts makeSection(const QString& title) {
+    auto* section = new QWidget;
+    auto* layout = new QVBoxLayout(section);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(sectionHeader(title, section));
+    QFrame* box = groupBox(section);
+    auto* rows = new QVBoxLayout(box);
+    rows->setContentsMargins(14, 10, 14, 10);
+    rows->setSpacing(10);
+    return {section, layout, box, rows};
+}
+
 // A row: the label on the left, the control on the right.
 QHBoxLayout* row(const QString& title, QWidget* control, QWidget* parent) {
     auto* layout = new QHBoxLayout;
@@ -90,15 +110,11 @@ SettingsView::SettingsView(LoginItemService& loginItems, UpdaterController& upda
 }
 
 QWidget* SettingsView::makeGeneralSection(const RecorderFactory& shortcutRecorder) {
-    auto* section = new QWidget;
-    auto* layout = new QVBoxLayout(section);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(sectionHeader(tr("General"), section));
-
-    QFrame* box = groupBox(section);
-    auto* rows = new QVBoxLayout(box);
-    rows->setContentsMargins(14, 10, 14, 10);
-    rows->setSpacing(10);
+    const SectionParts parts = makeSection(tr("General"));
+    QWidget* section = parts.section;
+    QVBoxLayout* layout = parts.layout;
+    QFrame* box = parts.box;
+    QVBoxLayout* rows = parts.rows;
 
     QWidget* recorder = shortcutRecorder ? shortcutRecorder(box) : nullptr;
     if (recorder)
@@ -131,15 +147,11 @@ QWidget* SettingsView::makeGeneralSection(const RecorderFactory& shortcutRecorde
 }
 
 QWidget* SettingsView::makeUpdatesSection() {
-    auto* section = new QWidget;
-    auto* layout = new QVBoxLayout(section);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(sectionHeader(tr("Updates"), section));
-
-    QFrame* box = groupBox(section);
-    auto* rows = new QVBoxLayout(box);
-    rows->setContentsMargins(14, 10, 14, 10);
-    rows->setSpacing(10);
+    const SectionParts parts = makeSection(tr("Updates"));
+    QWidget* section = parts.section;
+    QVBoxLayout* layout = parts.layout;
+    QFrame* box = parts.box;
+    QVBoxLayout* rows = parts.rows;
     if (m_updater.isConfigured()) {
         m_automaticChecks = new QCheckBox(tr("Check for updates automatically"), box);
         m_checkNow = new QPushButton(tr("Check for Updates…"), box);
