@@ -6,6 +6,7 @@
 #include <QtTest>
 
 using namespace scrivel;
+using namespace Qt::StringLiterals;
 using test::FakeOnDeviceModel;
 
 Q_DECLARE_METATYPE(OnDeviceModel::GenerationError)
@@ -45,15 +46,15 @@ void OnDeviceProviderTest::inputLimit() {
     if (!available)
         model.availabilityValue = {OnDeviceModel::Availability::Kind::modelNotReady, {}};
     OnDeviceProvider provider(model);
-    const auto result = test::waitFor(
-        provider.transform(test::textOfUtf8Bytes(bytes, QStringLiteral("\u00e9")), "i"));
+    const auto result =
+        test::waitFor(provider.transform(test::textOfUtf8Bytes(bytes, u"\u00e9"_s), "i"));
     QVERIFY(result);
     QCOMPARE(result->has_value(), accepted);
     if (!accepted) {
         QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::inputTooLarge()));
         QVERIFY(model.sessions.isEmpty()); // refused before the model is asked
         QCOMPARE(RewriteError::inputTooLarge().panelMessage(),
-                 QStringLiteral("This text is too long for the provider."));
+                 u"This text is too long for the provider."_s);
     }
 }
 
@@ -85,7 +86,7 @@ void OnDeviceProviderTest::warmSessionServesTheNextRequestWithTheSameInstruction
     FakeOnDeviceModel model;
     OnDeviceProvider provider(model);
     const auto first = test::waitFor(provider.transform("a b", "Fix it."));
-    QCOMPARE(first->value(), QStringLiteral("transformed"));
+    QCOMPARE(first->value(), u"transformed"_s);
     QCOMPARE(model.sessions[0].prompts,
              QStringList{"Apply your instructions to the content of <input> and return only the "
                          "result.\n\n<input>\na b\n</input>"});
@@ -106,7 +107,7 @@ void OnDeviceProviderTest::otherInstructionsGetTheirOwnSession() {
     QVERIFY(test::waitFor(provider.transform("x", "B"))->has_value());
     QVERIFY(model.sessions.size() >= 2);
     QCOMPARE(model.sessions[1].prompts.size(), 1);
-    QCOMPARE(model.sessions[1].instructions, QStringLiteral("B"));
+    QCOMPARE(model.sessions[1].instructions, u"B"_s);
     QCOMPARE(model.sessions[1].prewarms, 1);
     QVERIFY(model.sessions[0].prompts.isEmpty());
 }
@@ -117,9 +118,8 @@ void OnDeviceProviderTest::generationErrors_data() {
     using E = OnDeviceModel::GenerationError;
     QTest::newRow("context window") << E::contextWindowExceeded << "Text is too long";
     QTest::newRow("language") << E::unsupportedLanguage << "Unsupported language";
-    QTest::newRow("guardrail") << E::guardrailViolation
-                               << QStringLiteral("Couldn\u2019t fix this text");
-    QTest::newRow("other") << E::otherFailure << QStringLiteral("Couldn\u2019t fix this text");
+    QTest::newRow("guardrail") << E::guardrailViolation << u"Couldn\u2019t fix this text"_s;
+    QTest::newRow("other") << E::otherFailure << u"Couldn\u2019t fix this text"_s;
 }
 
 void OnDeviceProviderTest::generationErrors() {
@@ -139,7 +139,7 @@ void OnDeviceProviderTest::guidedGenerationRequest() {
     QVERIFY(test::waitFor(provider.transform("a b", "Fix it."))->has_value());
     QCOMPARE(model.sessions[0].requests.size(), 1);
     const OnDeviceModel::GenerationRequest& request = model.sessions[0].requests[0];
-    QCOMPARE(request.typeName, QStringLiteral("TransformedCopy"));
+    QCOMPARE(request.typeName, u"TransformedCopy"_s);
     QCOMPARE(
         request.properties,
         (QList<OnDeviceModel::SchemaProperty>{
@@ -164,10 +164,9 @@ void OnDeviceProviderTest::linuxHasNoModel() {
     OnDeviceProvider provider(model);
     QVERIFY(!model.availability().isAvailable());
     const auto result = test::waitFor(provider.transform("x", "i"));
-    QCOMPARE(
-        result->error(),
-        TransformFailure::rewrite(RewriteError::modelUnavailable(UnavailableReason::modelNotReady(
-            QStringLiteral("No on-device model is available on this system")))));
+    QCOMPARE(result->error(), TransformFailure::rewrite(
+                                  RewriteError::modelUnavailable(UnavailableReason::modelNotReady(
+                                      u"No on-device model is available on this system"_s))));
 }
 
 QTEST_GUILESS_MAIN(OnDeviceProviderTest)
