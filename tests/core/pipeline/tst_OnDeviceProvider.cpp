@@ -6,9 +6,11 @@
 #include <QtTest>
 
 using namespace scrivel;
+using namespace Qt::StringLiterals;
 using test::FakeOnDeviceModel;
 
 Q_DECLARE_METATYPE(OnDeviceModel::GenerationError)
+Q_DECLARE_METATYPE(TransformFailure)
 
 class OnDeviceProviderTest : public QObject {
     Q_OBJECT
@@ -23,8 +25,6 @@ private Q_SLOTS:
     void generationErrors_data();
     void generationErrors();
     void linuxHasNoModel();
-    void guidedGenerationRequest();
-    void modelsOwnCancellationIsACancellation();
 };
 
 void OnDeviceProviderTest::inputLimit_data() {
@@ -45,15 +45,13 @@ void OnDeviceProviderTest::inputLimit() {
     if (!available)
         model.availabilityValue = {OnDeviceModel::Availability::Kind::modelNotReady, {}};
     OnDeviceProvider provider(model);
-    const auto result = test::waitFor(
-        provider.transform(test::textOfUtf8Bytes(bytes, QStringLiteral("\u00e9")), "i"));
+    const auto result =
+        test::waitFor(provider.transform(test::textOfUtf8Bytes(bytes, u"\u00e9"_s), "i"));
     QVERIFY(result);
     QCOMPARE(result->has_value(), accepted);
     if (!accepted) {
         QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::inputTooLarge()));
         QVERIFY(model.sessions.isEmpty()); // refused before the model is asked
-        QCOMPARE(RewriteError::inputTooLarge().panelMessage(),
-                 QStringLiteral("This text is too long for the provider."));
     }
 }
 
@@ -85,10 +83,20 @@ void OnDeviceProviderTest::warmSessionServesTheNextRequestWithTheSameInstruction
     FakeOnDeviceModel model;
     OnDeviceProvider provider(model);
     const auto first = test::waitFor(provider.transform("a b", "Fix it."));
-    QCOMPARE(first->value(), QStringLiteral("transformed"));
+    QCOMPARE(first->value(), u"transformed"_s);
     QCOMPARE(model.sessions[0].prompts,
              QStringList{"Apply your instructions to the content of <input> and return only the "
                          "result.\n\n<input>\na b\n</input>"});
+    // Guided generation of one text property, at temperature 0.
+    const OnDeviceModel::GenerationRequest& request = model.sessions[0].requests.at(0);
+    QCOMPARE(request.typeName, u"TransformedCopy"_s);
+    QCOMPARE(
+        request.properties,
+        (QList<OnDeviceModel::SchemaProperty>{
+            {"transformedText", "The full transformed text only. No preface, no commentary."}}));
+    QVERIFY(request.includeSchemaInPrompt && !request.greedySampling);
+    QCOMPARE(request.temperature, std::optional(0.0));
+    QCOMPARE(request.maximumResponseTokens, std::nullopt);
     // After every request a fresh session is warmed for the same instructions.
     QTRY_VERIFY(provider.hasWarmSession("Fix it."));
     QCOMPARE(model.sessions.size(), 2);
@@ -106,57 +114,33 @@ void OnDeviceProviderTest::otherInstructionsGetTheirOwnSession() {
     QVERIFY(test::waitFor(provider.transform("x", "B"))->has_value());
     QVERIFY(model.sessions.size() >= 2);
     QCOMPARE(model.sessions[1].prompts.size(), 1);
-    QCOMPARE(model.sessions[1].instructions, QStringLiteral("B"));
+    QCOMPARE(model.sessions[1].instructions, u"B"_s);
     QCOMPARE(model.sessions[1].prewarms, 1);
     QVERIFY(model.sessions[0].prompts.isEmpty());
 }
 
 void OnDeviceProviderTest::generationErrors_data() {
     QTest::addColumn<OnDeviceModel::GenerationError>("error");
-    QTest::addColumn<QString>("message");
+    QTest::addColumn<TransformFailure>("failure");
     using E = OnDeviceModel::GenerationError;
-    QTest::newRow("context window") << E::contextWindowExceeded << "Text is too long";
-    QTest::newRow("language") << E::unsupportedLanguage << "Unsupported language";
-    QTest::newRow("guardrail") << E::guardrailViolation
-                               << QStringLiteral("Couldn\u2019t fix this text");
-    QTest::newRow("other") << E::otherFailure << QStringLiteral("Couldn\u2019t fix this text");
+    const auto failed = [](const QString& message) {
+        return TransformFailure::rewrite(RewriteError::modelFailed(message));
+    };
+    QTest::newRow("context window") << E::contextWindowExceeded << failed(u"Text is too long"_s);
+    QTest::newRow("language") << E::unsupportedLanguage << failed(u"Unsupported language"_s);
+    QTest::newRow("guardrail") << E::guardrailViolation << failed(u"Couldn\u2019t fix this text"_s);
+    QTest::newRow("other") << E::otherFailure << failed(u"Couldn\u2019t fix this text"_s);
+    QTest::newRow("the model's own cancellation") << E::cancelled << TransformFailure::cancelled();
 }
 
 void OnDeviceProviderTest::generationErrors() {
     QFETCH(OnDeviceModel::GenerationError, error);
-    QFETCH(QString, message);
+    QFETCH(TransformFailure, failure);
     FakeOnDeviceModel model;
     model.reply = std::unexpected(error);
     OnDeviceProvider provider(model);
-    const auto result = test::waitFor(provider.transform("x", "i"));
-    QCOMPARE(result->error(), TransformFailure::rewrite(RewriteError::modelFailed(message)));
+    QCOMPARE(test::waitFor(provider.transform("x", "i"))->error(), failure);
     QTRY_VERIFY(provider.hasWarmSession("i")); // re-warmed after a failure too
-}
-
-void OnDeviceProviderTest::guidedGenerationRequest() {
-    FakeOnDeviceModel model;
-    OnDeviceProvider provider(model);
-    QVERIFY(test::waitFor(provider.transform("a b", "Fix it."))->has_value());
-    QCOMPARE(model.sessions[0].requests.size(), 1);
-    const OnDeviceModel::GenerationRequest& request = model.sessions[0].requests[0];
-    QCOMPARE(request.typeName, QStringLiteral("TransformedCopy"));
-    QCOMPARE(
-        request.properties,
-        (QList<OnDeviceModel::SchemaProperty>{
-            {"transformedText", "The full transformed text only. No preface, no commentary."}}));
-    QVERIFY(request.includeSchemaInPrompt);
-    QVERIFY(!request.greedySampling);
-    QCOMPARE(request.temperature, std::optional(0.0));
-    QCOMPARE(request.maximumResponseTokens, std::nullopt);
-}
-
-void OnDeviceProviderTest::modelsOwnCancellationIsACancellation() {
-    FakeOnDeviceModel model;
-    model.reply = std::unexpected(OnDeviceModel::GenerationError::cancelled);
-    OnDeviceProvider provider(model);
-    const auto result = test::waitFor(provider.transform("x", "i"));
-    QCOMPARE(result->error(), TransformFailure::cancelled());
-    QTRY_VERIFY(provider.hasWarmSession("i"));
 }
 
 void OnDeviceProviderTest::linuxHasNoModel() {
@@ -164,10 +148,9 @@ void OnDeviceProviderTest::linuxHasNoModel() {
     OnDeviceProvider provider(model);
     QVERIFY(!model.availability().isAvailable());
     const auto result = test::waitFor(provider.transform("x", "i"));
-    QCOMPARE(
-        result->error(),
-        TransformFailure::rewrite(RewriteError::modelUnavailable(UnavailableReason::modelNotReady(
-            QStringLiteral("No on-device model is available on this system")))));
+    QCOMPARE(result->error(), TransformFailure::rewrite(
+                                  RewriteError::modelUnavailable(UnavailableReason::modelNotReady(
+                                      u"No on-device model is available on this system"_s))));
 }
 
 QTEST_GUILESS_MAIN(OnDeviceProviderTest)

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 using namespace scrivel;
+using namespace Qt::StringLiterals;
 
 Q_DECLARE_METATYPE(UnavailableReason)
 Q_DECLARE_METATYPE(RewriteError)
@@ -30,11 +31,9 @@ void OutcomesTest::reasonMessages_data() {
     QTest::addColumn<UnavailableReason>("reason");
     QTest::addColumn<QString>("message");
 
-    QTest::newRow("other carries its sentence")
-        << UnavailableReason::other(QStringLiteral("Busy")) << "Busy";
+    QTest::newRow("other carries its sentence") << UnavailableReason::other(u"Busy"_s) << "Busy";
     QTest::newRow("keychainError")
-        << UnavailableReason::keychainError()
-        << QStringLiteral("Couldn\u2019t access the API key in Keychain");
+        << UnavailableReason::keychainError() << u"Couldn\u2019t access the API key in Keychain"_s;
     QTest::newRow("rejectedAPIKey")
         << UnavailableReason::rejectedAPIKey() << "API key was rejected. Check it in Presets.";
 }
@@ -50,32 +49,30 @@ void OutcomesTest::errorWording_data() {
     QTest::addColumn<QString>("panel");
     QTest::addColumn<OperationUIState>("status");
 
-    const QString unsafe = QStringLiteral("The provider returned an unsafe edit. Try again.");
-    QTest::newRow("outputRejected") << RewriteError::outputRejected(QStringLiteral("line-breaks"))
-                                    << unsafe << OperationUIState::error(unsafe);
+    const QString unsafe = u"The provider returned an unsafe edit. Try again."_s;
+    QTest::newRow("outputRejected") << RewriteError::outputRejected(u"line-breaks"_s) << unsafe
+                                    << OperationUIState::error(unsafe);
     const auto missingKey = UnavailableReason::missingAPIKey();
     QTest::newRow("modelUnavailable(missingAPIKey)")
         << RewriteError::modelUnavailable(missingKey)
         << "Connect this preset to a provider in Presets"
         << OperationUIState::modelUnavailable(missingKey);
-    const auto noModel =
-        UnavailableReason::misconfigured(QStringLiteral("Choose a model in Presets"));
+    const auto noModel = UnavailableReason::misconfigured(u"Choose a model in Presets"_s);
     QTest::newRow("modelUnavailable(misconfigured)")
         << RewriteError::modelUnavailable(noModel) << "Choose a model in Presets"
         << OperationUIState::modelUnavailable(noModel);
-    QTest::newRow("modelFailed") << RewriteError::modelFailed(
-                                        QStringLiteral("Empty model response"))
+    QTest::newRow("modelFailed") << RewriteError::modelFailed(u"Empty model response"_s)
                                  << "Empty model response"
-                                 << OperationUIState::error(QStringLiteral("Empty model response"));
+                                 << OperationUIState::error(u"Empty model response"_s);
     QTest::newRow("emptyInput") << RewriteError::emptyInput() << "Enter some text."
-                                << OperationUIState::error(QStringLiteral("No text to fix"));
+                                << OperationUIState::error(u"No text to fix"_s);
     QTest::newRow("inputTooLarge")
         << RewriteError::inputTooLarge() << "This text is too long for the provider."
-        << OperationUIState::error(QStringLiteral("Text is too long for this provider"));
+        << OperationUIState::error(u"Text is too long for this provider"_s);
     QTest::newRow("cancelled") << RewriteError::cancelled() << "Cancelled. Try again."
                                << OperationUIState::idle();
     QTest::newRow("timeout") << RewriteError::timeout() << "Timed out. Try again."
-                             << OperationUIState::error(QStringLiteral("Timed out. Try again."));
+                             << OperationUIState::error(u"Timed out. Try again."_s);
 }
 
 void OutcomesTest::errorWording() {
@@ -98,7 +95,7 @@ void OutcomesTest::connectionFailureSentences_data() {
     QTest::newRow("missingCredential")
         << of(K::missingCredential) << "Enter an API key to connect.";
     QTest::newRow("keychain") << of(K::keychain)
-                              << QStringLiteral("Couldn\u2019t access the API key in Keychain.");
+                              << u"Couldn\u2019t access the API key in Keychain."_s;
     QTest::newRow("unauthorized") << of(K::unauthorized)
                                   << "The API key was rejected. Check it and try again.";
     QTest::newRow("forbidden") << of(K::forbidden)

@@ -8,12 +8,13 @@
 #include <QtTest>
 
 using namespace scrivel;
+using namespace Qt::StringLiterals;
 using test::FakeOnDeviceModel;
 
 namespace {
 
 Preset presetFor(const QString& providerID, const std::optional<QString>& baseURL,
-                 const QString& model = QStringLiteral("m")) {
+                 const QString& model = u"m"_s) {
     Preset preset = builtInPresets(false).at(1);
     preset.providerID = providerID;
     preset.customBaseURL = baseURL;
@@ -87,7 +88,7 @@ void ProviderHubTest::reasons() {
     QFETCH(bool, storeGroqKey);
     QFETCH(std::optional<UnavailableReason>, reason);
     if (storeGroqKey)
-        m_modern.items.insert(QStringLiteral("groq"), "gsk");
+        m_modern.items.insert(u"groq"_s, "gsk");
     QCOMPARE(reasonFor(preset), reason);
 }
 
@@ -123,7 +124,7 @@ void ProviderHubTest::equalEndpointsShareAClient() {
     QCOMPARE(m_hub->clientCount(), 1);
     reasonFor(presetFor("custom", "http://localhost:1234/v2"));
     QCOMPARE(m_hub->clientCount(), 2);
-    m_modern.items.insert(QStringLiteral("groq"), "k");
+    m_modern.items.insert(u"groq"_s, "k");
     reasonFor(presetFor("groq", std::nullopt, "a"));
     reasonFor(presetFor("groq", std::nullopt, "b"));
     QCOMPARE(m_hub->clientCount(), 3);

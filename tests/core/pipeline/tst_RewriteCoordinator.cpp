@@ -7,7 +7,9 @@
 #include <QtTest>
 
 using namespace scrivel;
+using namespace Qt::StringLiterals;
 using test::FakeTransformer;
+using Result = RewriteCoordinator::Result;
 
 Q_DECLARE_METATYPE(TransformFailure)
 Q_DECLARE_METATYPE(RewriteCoordinator::Result)
@@ -15,12 +17,15 @@ Q_DECLARE_METATYPE(RewriteCoordinator::Result)
 namespace {
 
 Preset plainPreset() {
-    Preset preset = builtInPresets(false).at(1); // no edit validation
-    return preset;
+    return builtInPresets(false).at(1); // no edit validation
 }
 
-Preset validatingPreset() {
-    return builtInPresets(false).at(0);
+Result fixed(const QString& text) {
+    return FixResult::fixed(text);
+}
+
+Result failed(const RewriteError& error) {
+    return std::unexpected(TransformFailure::rewrite(error));
 }
 
 QString describe(const QList<OperationUIState>& states) {
@@ -30,12 +35,12 @@ QString describe(const QList<OperationUIState>& states) {
                                "alreadyClean", "error",   "modelUnavailable"};
         QString part = QString::fromLatin1(names[int(state.kind())]);
         if (state.kind() == OperationUIState::Kind::error)
-            part += QLatin1Char('(') + state.message() + QLatin1Char(')');
+            part += '(' + state.message() + ')';
         if (state.reason())
-            part += QLatin1Char('(') + state.reason()->message() + QLatin1Char(')');
+            part += '(' + state.reason()->message() + ')';
         parts << part;
     }
-    return parts.join(QStringLiteral(", "));
+    return parts.join(u", "_s);
 }
 
 } // namespace
@@ -47,27 +52,29 @@ private Q_SLOTS:
     void init();
     void timeoutSeconds_data();
     void timeoutSeconds();
-    void outcomes_data();
-    void outcomes();
+    void replies_data();
+    void replies();
+    void failures_data();
+    void failures();
     void emptyInputSendsNothing();
     void partialTextIsPassedOnInOrder();
-    void neverEndingStreamTimesOut();
     void callerCancellationEndsInIdle();
+    void timesOut_data();
+    void timesOut();
     void readinessLine_data();
     void readinessLine();
     void prewarmAndReasonWithoutPreset();
-    void deadlineCountsTimeAsleep_data();
-    void deadlineCountsTimeAsleep();
 
 private:
     // Starts a run and collects its result and status states.
-    void start(const QString& input, const Preset& preset);
+    void start(const QString& input, const Preset& preset,
+               RewriteCoordinator::PartialTextHandler onPartialText = {});
 
     std::unique_ptr<FakeTransformer> m_fake;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
     QList<OperationUIState> m_states;
-    Future<RewriteCoordinator::Result> m_future;
-    std::optional<RewriteCoordinator::Result> m_result;
+    Future<Result> m_future;
+    std::optional<Result> m_result;
 };
 
 void RewriteCoordinatorTest::init() {
@@ -79,9 +86,10 @@ void RewriteCoordinatorTest::init() {
     m_coordinator->setUIHandler([this](const OperationUIState& state) { m_states.append(state); });
 }
 
-void RewriteCoordinatorTest::start(const QString& input, const Preset& preset) {
-    m_future = m_coordinator->rewrite(input, preset);
-    m_future.then(this, [this](RewriteCoordinator::Result result) { m_result = result; });
+void RewriteCoordinatorTest::start(const QString& input, const Preset& preset,
+                                   RewriteCoordinator::PartialTextHandler onPartialText) {
+    m_future = m_coordinator->rewrite(input, preset, std::move(onPartialText));
+    m_future.then(this, [this](Result result) { m_result = result; });
 }
 
 void RewriteCoordinatorTest::timeoutSeconds_data() {
@@ -90,18 +98,16 @@ void RewriteCoordinatorTest::timeoutSeconds_data() {
     QTest::addColumn<QString>("effort"); // "-" for none
     QTest::addColumn<int>("seconds");
 
-    const QString oss = QStringLiteral("openai/gpt-oss-120b");
-    QTest::newRow("499 bytes") << 499 << oss << "-" << 25;
-    QTest::newRow("500 bytes") << 500 << oss << "-" << 35;
-    QTest::newRow("2,499 bytes") << 2499 << oss << "-" << 35;
-    QTest::newRow("2,500 bytes") << 2500 << oss << "-" << 60;
-    QTest::newRow("high on a reasoning model") << 499 << oss << "high" << 85;
-    QTest::newRow("medium on a reasoning model, long text") << 2500 << oss << "medium" << 120;
-    QTest::newRow("low adds nothing") << 500 << oss << "low" << 35;
-    QTest::newRow("high on another model") << 2499 << "gpt-4o"
-                                           << "high" << 35;
-    QTest::newRow("effort is case-sensitive") << 10 << oss << "High" << 25;
-    QTest::newRow("empty effort") << 10 << oss << "" << 25;
+    const QString oss = u"openai/gpt-oss-120b"_s;
+    QTest::newRow("499 bytes") << 499 << oss << u"-"_s << 25;
+    QTest::newRow("500 bytes") << 500 << oss << u"-"_s << 35;
+    QTest::newRow("2,499 bytes") << 2499 << oss << u"-"_s << 35;
+    QTest::newRow("2,500 bytes") << 2500 << oss << u"-"_s << 60;
+    QTest::newRow("high on a reasoning model") << 499 << oss << u"high"_s << 85;
+    QTest::newRow("medium on a reasoning model, long text") << 2500 << oss << u"medium"_s << 120;
+    QTest::newRow("low adds nothing") << 500 << oss << u"low"_s << 35;
+    QTest::newRow("high on another model") << 2499 << u"gpt-4o"_s << u"high"_s << 35;
+    QTest::newRow("effort is case-sensitive") << 10 << oss << u"High"_s << 25;
 }
 
 void RewriteCoordinatorTest::timeoutSeconds() {
@@ -112,229 +118,160 @@ void RewriteCoordinatorTest::timeoutSeconds() {
 
     Preset preset = plainPreset();
     preset.model = model;
-    if (effort != QLatin1String("-"))
+    if (effort != "-"_L1)
         preset.reasoningEffort = effort;
     // Multi-byte text: sizes are UTF-8 bytes, not characters.
-    const QString input = test::textOfUtf8Bytes(bytes, QStringLiteral("\u00e9"));
-    QCOMPARE(input.toUtf8().size(), bytes);
-    QCOMPARE(RewriteCoordinator::timeoutSeconds(input, preset), seconds);
+    QCOMPARE(RewriteCoordinator::timeoutSeconds(test::textOfUtf8Bytes(bytes, u"\u00e9"_s), preset),
+             seconds);
 }
 
-void RewriteCoordinatorTest::outcomes_data() {
+void RewriteCoordinatorTest::replies_data() {
     QTest::addColumn<bool>("validates");
     QTest::addColumn<QString>("input");
     QTest::addColumn<QStringList>("partials");
-    QTest::addColumn<QString>("completed"); // null: stream ends without it
-    QTest::addColumn<std::optional<TransformFailure>>("failure");
-    QTest::addColumn<RewriteCoordinator::Result>("result");
-    QTest::addColumn<QString>("states");
+    QTest::addColumn<QString>("completed"); // null: the stream ends without it
+    QTest::addColumn<Result>("result");
+    QTest::addColumn<QString>("state"); // after "working"
 
-    const auto rewriteError = [](const RewriteError& e) {
-        return RewriteCoordinator::Result(std::unexpected(TransformFailure::rewrite(e)));
-    };
-    const auto none = std::optional<TransformFailure>();
-    const QString unsafe = QStringLiteral("The provider returned an unsafe edit. Try again.");
+    const QString unsafe = u"error(The provider returned an unsafe edit. Try again.)"_s;
+    const QStringList none;
+    const auto clean = Result(FixResult::alreadyClean());
 
-    QTest::newRow("fixed, trimmed")
-        << false << "teh cat" << QStringList{"the", "the cat"} << "\n the cat \n"
-        << none << RewriteCoordinator::Result(FixResult::fixed("the cat")) << "working, success";
+    QTest::newRow("fixed, trimmed") << false << u"teh cat"_s << QStringList{"the", "the cat"}
+                                    << u"\n the cat \n"_s << fixed(u"the cat"_s) << u"success"_s;
     QTest::newRow("latest partial without completion")
-        << false << "teh cat" << QStringList{"the", "the cat"} << QString() << none
-        << RewriteCoordinator::Result(FixResult::fixed("the cat")) << "working, success";
+        << false << u"teh cat"_s << QStringList{"the", "the cat"} << QString()
+        << fixed(u"the cat"_s) << u"success"_s;
     QTest::newRow("equal after trimming")
-        << false << "  same text\n"
-        << QStringList{} << "same text" << none
-        << RewriteCoordinator::Result(FixResult::alreadyClean()) << "working, alreadyClean";
+        << false << u"  same text\n"_s << none << u"same text"_s << clean << u"alreadyClean"_s;
     QTest::newRow("no preface stripping without validation")
-        << false << "x" << QStringList{} << "Here is the corrected text: y" << none
-        << RewriteCoordinator::Result(FixResult::fixed("Here is the corrected text: y"))
-        << "working, success";
+        << false << u"x"_s << none << u"Here is the corrected text: y"_s
+        << fixed(u"Here is the corrected text: y"_s) << u"success"_s;
     QTest::newRow("no events at all")
-        << false << "x" << QStringList{} << QString() << none
-        << rewriteError(RewriteError::modelFailed("Empty model response"))
-        << "working, error(Empty model response)";
+        << false << u"x"_s << none << QString()
+        << failed(RewriteError::modelFailed(u"Empty model response"_s))
+        << u"error(Empty model response)"_s;
     QTest::newRow("white-space reply")
-        << false << "x" << QStringList{} << " \n " << none
-        << rewriteError(RewriteError::outputRejected("empty")) << "working, error(" + unsafe + ")";
+        << false << u"x"_s << none << u" \n "_s << failed(RewriteError::outputRejected(u"empty"_s))
+        << unsafe;
     QTest::newRow("validated and cleaned")
-        << true << "This sentense has a typo." << QStringList{}
-        << "Here is the corrected text: This sentence has a typo." << none
-        << RewriteCoordinator::Result(FixResult::fixed("This sentence has a typo."))
-        << "working, success";
-    QTest::newRow("validation finds it unchanged")
-        << true << "Fine." << QStringList{"Fine."} << "\"Fine.\"" << none
-        << RewriteCoordinator::Result(FixResult::alreadyClean()) << "working, alreadyClean";
+        << true << u"This sentense has a typo."_s << none
+        << u"Here is the corrected text: This sentence has a typo."_s
+        << fixed(u"This sentence has a typo."_s) << u"success"_s;
+    QTest::newRow("validation finds it unchanged") << true << u"Fine."_s << QStringList{"Fine."}
+                                                   << u"\"Fine.\""_s << clean << u"alreadyClean"_s;
     QTest::newRow("validation rejects")
-        << true << "Short." << QStringList{} << "A much, much longer reply." << none
-        << rewriteError(RewriteError::outputRejected("length-delta"))
-        << "working, error(" + unsafe + ")";
-    QTest::newRow("missing key")
-        << false << "x" << QStringList{} << QString()
-        << std::optional(TransformFailure::rewrite(
-               RewriteError::modelUnavailable(UnavailableReason::missingAPIKey())))
-        << rewriteError(RewriteError::modelUnavailable(UnavailableReason::missingAPIKey()))
-        << "working, modelUnavailable(Connect this preset to a provider in Presets)";
-    QTest::newRow("input too large")
-        << false << "x" << QStringList{} << QString()
-        << std::optional(TransformFailure::rewrite(RewriteError::inputTooLarge()))
-        << rewriteError(RewriteError::inputTooLarge())
-        << "working, error(Text is too long for this provider)";
-    QTest::newRow("provider failure after partial text")
-        << false << "x" << QStringList{"y"} << QString()
-        << std::optional(TransformFailure::rewrite(
-               RewriteError::modelFailed("The provider returned error 429.")))
-        << rewriteError(RewriteError::modelFailed("The provider returned error 429."))
-        << "working, error(The provider returned error 429.)";
-    QTest::newRow("unclassified failure")
-        << false << "x" << QStringList{"y"} << QString()
-        << std::optional(TransformFailure::other("connection reset"))
-        << rewriteError(RewriteError::modelFailed(QStringLiteral("Couldn\u2019t fix this text")))
-        << QStringLiteral("working, error(Couldn\u2019t fix this text)");
-    QTest::newRow("cancelled below")
-        << false << "x" << QStringList{} << QString()
-        << std::optional(TransformFailure::cancelled())
-        << RewriteCoordinator::Result(std::unexpected(TransformFailure::cancelled()))
-        << "working, idle";
-    QTest::newRow("cancelled as a rewrite error")
-        << false << "x" << QStringList{} << QString()
-        << std::optional(TransformFailure::rewrite(RewriteError::cancelled()))
-        << RewriteCoordinator::Result(std::unexpected(TransformFailure::cancelled()))
-        << "working, idle";
+        << true << u"Short."_s << none << u"A much, much longer reply."_s
+        << failed(RewriteError::outputRejected(u"length-delta"_s)) << unsafe;
 }
 
-void RewriteCoordinatorTest::outcomes() {
+void RewriteCoordinatorTest::replies() {
     QFETCH(bool, validates);
     QFETCH(QString, input);
     QFETCH(QStringList, partials);
     QFETCH(QString, completed);
-    QFETCH(std::optional<TransformFailure>, failure);
-    QFETCH(RewriteCoordinator::Result, result);
-    QFETCH(QString, states);
+    QFETCH(Result, result);
+    QFETCH(QString, state);
 
-    start(input, validates ? validatingPreset() : plainPreset());
+    start(input, validates ? builtInPresets(false).at(0) : plainPreset());
     QCOMPARE(m_fake->calls.size(), 1);
     QCOMPARE(m_fake->last().text, input); // the untrimmed input goes to the provider
     m_fake->partials(partials);
-    if (failure)
-        m_fake->fail(*failure);
-    else if (!completed.isNull())
+    if (!completed.isNull())
         m_fake->complete(completed);
     else
         m_fake->last().writer.finish();
-
     QTRY_VERIFY(m_result.has_value());
     QVERIFY(*m_result == result);
-    QCOMPARE(describe(m_states), states);
+    QCOMPARE(describe(m_states), "working, " + state);
+}
+
+void RewriteCoordinatorTest::failures_data() {
+    QTest::addColumn<TransformFailure>("failure"); // after some partial text
+    QTest::addColumn<Result>("result");
+    QTest::addColumn<QString>("state"); // after "working"
+
+    const auto missingKey = RewriteError::modelUnavailable(UnavailableReason::missingAPIKey());
+    const auto status429 = RewriteError::modelFailed(u"The provider returned error 429."_s);
+    const auto rewrite = [](const RewriteError& e) { return TransformFailure::rewrite(e); };
+    const auto cancelled = Result(std::unexpected(TransformFailure::cancelled()));
+
+    QTest::newRow("missing key")
+        << rewrite(missingKey) << failed(missingKey)
+        << u"modelUnavailable(Connect this preset to a provider in Presets)"_s;
+    QTest::newRow("input too large")
+        << rewrite(RewriteError::inputTooLarge()) << failed(RewriteError::inputTooLarge())
+        << u"error(Text is too long for this provider)"_s;
+    QTest::newRow("provider failure")
+        << rewrite(status429) << failed(status429) << u"error(The provider returned error 429.)"_s;
+    QTest::newRow("unclassified failure")
+        << TransformFailure::other(u"connection reset"_s)
+        << failed(RewriteError::modelFailed(u"Couldn\u2019t fix this text"_s))
+        << u"error(Couldn\u2019t fix this text)"_s;
+    QTest::newRow("cancelled below") << TransformFailure::cancelled() << cancelled << u"idle"_s;
+    QTest::newRow("cancelled as a rewrite error")
+        << rewrite(RewriteError::cancelled()) << cancelled << u"idle"_s;
+}
+
+void RewriteCoordinatorTest::failures() {
+    QFETCH(TransformFailure, failure);
+    QFETCH(Result, result);
+    QFETCH(QString, state);
+    start(u"x"_s, plainPreset());
+    m_fake->partials({u"y"_s});
+    m_fake->fail(failure);
+    QTRY_VERIFY(m_result.has_value());
+    QVERIFY(*m_result == result);
+    QCOMPARE(describe(m_states), "working, " + state);
     QVERIFY(m_fake->last().writer.isClosed());
 }
 
 void RewriteCoordinatorTest::emptyInputSendsNothing() {
-    start(QStringLiteral(" \n\t\u3000"), plainPreset());
+    start(u" \n\t\u3000"_s, plainPreset());
     QTRY_VERIFY(m_result.has_value());
-    QVERIFY(*m_result == RewriteCoordinator::Result(std::unexpected(
-                             TransformFailure::rewrite(RewriteError::emptyInput()))));
+    QVERIFY(*m_result == failed(RewriteError::emptyInput()));
     QVERIFY(m_states.isEmpty());
     QVERIFY(m_fake->calls.isEmpty());
 }
 
 void RewriteCoordinatorTest::partialTextIsPassedOnInOrder() {
     QStringList seen;
-    m_future = m_coordinator->rewrite(QStringLiteral("abc"), plainPreset(),
-                                      [&](const TextSnapshot& text) { seen << text.toString(); });
-    m_future.then(this, [this](RewriteCoordinator::Result result) { m_result = result; });
-    m_fake->partials({QStringLiteral("A"), QStringLiteral("AB"), QStringLiteral("ABC")});
-    QTRY_COMPARE(seen.size(), 3); // shown as it arrives, before the stream ends
+    start(u"abc"_s, plainPreset(), [&](const TextSnapshot& text) { seen << text.toString(); });
+    m_fake->partials({u"A"_s, u"AB"_s, u"ABC"_s});
+    QTRY_COMPARE(seen, QStringList({u"A"_s, u"AB"_s, u"ABC"_s})); // before the stream ends
     QVERIFY(!m_result);
-    m_fake->complete(QStringLiteral("ABC"));
+    m_fake->complete(u"ABC"_s);
     QTRY_VERIFY(m_result.has_value());
-    QCOMPARE(seen, QStringList({QStringLiteral("A"), QStringLiteral("AB"), QStringLiteral("ABC")}));
-}
-
-void RewriteCoordinatorTest::neverEndingStreamTimesOut() {
-    QList<int> asked;
-    m_coordinator->setTimeoutScale([&](int seconds) {
-        asked << seconds;
-        return std::chrono::milliseconds(seconds);
-    });
-    start(QStringLiteral("x"), plainPreset());
-    m_fake->partials({QStringLiteral("partial")});
-    QTRY_VERIFY(m_result.has_value());
-    QVERIFY(*m_result == RewriteCoordinator::Result(
-                             std::unexpected(TransformFailure::rewrite(RewriteError::timeout()))));
-    QCOMPARE(asked, QList<int>({25}));
-    QCOMPARE(describe(m_states), QStringLiteral("working, error(Timed out. Try again.)"));
-    QVERIFY(m_fake->last().writer.isCancelled()); // the reader was stopped
+    QCOMPARE(seen.size(), 3);
 }
 
 void RewriteCoordinatorTest::callerCancellationEndsInIdle() {
-    start(QStringLiteral("x"), plainPreset());
-    m_fake->partials({QStringLiteral("y")});
+    start(u"x"_s, plainPreset());
+    m_fake->partials({u"y"_s});
     QTest::qWait(5);
     m_future.cancel();
     QVERIFY(m_fake->last().writer.isCancelled());
-    m_fake->complete(QStringLiteral("late")); // ignored
+    m_fake->complete(u"late"_s); // ignored
     QTest::qWait(20);
     QVERIFY(!m_result); // a cancellation, not a RewriteError
-    QCOMPARE(describe(m_states), QStringLiteral("working, idle"));
+    QCOMPARE(describe(m_states), u"working, idle"_s);
 }
 
-void RewriteCoordinatorTest::readinessLine_data() {
-    QTest::addColumn<bool>("hasPreset");
-    QTest::addColumn<std::optional<UnavailableReason>>("reason");
-    QTest::addColumn<QString>("line");
-
-    const QString dot = QStringLiteral(" \u00B7 ");
-    QTest::newRow("ready") << true << std::optional<UnavailableReason>()
-                           << "Status: Make Concise" + dot + "Ready";
-    QTest::newRow("missing key") << true << std::optional(UnavailableReason::missingAPIKey())
-                                 << "Status: Make Concise" + dot + "Add API key";
-    QTest::newRow("rejected key") << true << std::optional(UnavailableReason::rejectedAPIKey())
-                                  << "Status: Make Concise" + dot + "Add API key";
-    QTest::newRow("keychain error") << true << std::optional(UnavailableReason::keychainError())
-                                    << "Status: Make Concise" + dot + "Unavailable";
-    QTest::newRow("not ready") << true
-                               << std::optional(UnavailableReason::modelNotReady("Model not ready"))
-                               << "Status: Make Concise" + dot + "Unavailable";
-    QTest::newRow("no preset") << false << std::optional<UnavailableReason>()
-                               << "Status: No preset" + dot + "Unavailable";
-}
-
-void RewriteCoordinatorTest::readinessLine() {
-    QFETCH(bool, hasPreset);
-    QFETCH(std::optional<UnavailableReason>, reason);
-    QFETCH(QString, line);
-    m_fake->reason = reason;
-    std::optional<QString> received;
-    Future<QString> future = m_coordinator->readinessLine(hasPreset ? std::optional(plainPreset())
-                                                                    : std::optional<Preset>());
-    future.then(this, [&](QString text) { received = text; });
-    QTRY_VERIFY(received.has_value());
-    QCOMPARE(*received, line);
-}
-
-void RewriteCoordinatorTest::prewarmAndReasonWithoutPreset() {
-    m_coordinator->prewarm(std::nullopt);
-    QVERIFY(m_fake->prewarmed.isEmpty());
-    m_coordinator->prewarm(plainPreset());
-    QCOMPARE(m_fake->prewarmed.size(), 1);
-
-    std::optional<std::optional<UnavailableReason>> reason;
-    auto future = m_coordinator->unavailableReason(std::nullopt);
-    future.then(this, [&](std::optional<UnavailableReason> r) { reason = r; });
-    QTRY_VERIFY(reason.has_value());
-    QCOMPARE(*reason, std::optional(UnavailableReason::misconfigured("Add a preset in Presets")));
-}
-
-void RewriteCoordinatorTest::deadlineCountsTimeAsleep_data() {
+void RewriteCoordinatorTest::timesOut_data() {
     // The deadline clock is the timer's clock plus the time spent asleep, as
     // the boot-time clock is; the timer's own clock stops during suspend.
+    QTest::addColumn<int>("scaledMs"); // what the 25 seconds of a short text become
     QTest::addColumn<int>("asleepMs");
     QTest::addColumn<bool>("timedOutOnWake");
-    QTest::newRow("slept past the deadline") << 61000 << true;
-    QTest::newRow("slept for most of it") << 59000 << false;
+    QTest::newRow("a stream that never ends") << 1000 << 0 << false;
+    QTest::newRow("slept past the deadline") << 60000 << 61000 << true;
+    // The rest of the time-out is what is left on the deadline clock, not a
+    // fresh minute.
+    QTest::newRow("slept for most of it") << 60000 << 59000 << false;
 }
 
-void RewriteCoordinatorTest::deadlineCountsTimeAsleep() {
+void RewriteCoordinatorTest::timesOut() {
+    QFETCH(int, scaledMs);
     QFETCH(int, asleepMs);
     QFETCH(bool, timedOutOnWake);
     QElapsedTimer awake;
@@ -342,27 +279,61 @@ void RewriteCoordinatorTest::deadlineCountsTimeAsleep() {
     qint64 asleep = 0;
     m_coordinator->setDeadlineClock(
         [&] { return std::chrono::milliseconds(awake.elapsed() + asleep); });
-    m_coordinator->setTimeoutScale([](int) { return std::chrono::milliseconds(60000); });
-    start(QStringLiteral("x"), plainPreset());
-    m_fake->partials({QStringLiteral("partial")});
+    QList<int> asked;
+    m_coordinator->setTimeoutScale([&](int seconds) {
+        asked << seconds;
+        return std::chrono::milliseconds(scaledMs);
+    });
+    start(u"x"_s, plainPreset());
+    m_fake->partials({u"partial"_s});
 
     asleep += asleepMs;
     m_coordinator->checkDeadlines(); // the machine woke up
     QTest::qWait(10);
     QCOMPARE(m_result.has_value(), timedOutOnWake);
-    if (timedOutOnWake) {
-        QVERIFY(*m_result == RewriteCoordinator::Result(std::unexpected(
-                                 TransformFailure::rewrite(RewriteError::timeout()))));
-        QCOMPARE(describe(m_states), QStringLiteral("working, error(Timed out. Try again.)"));
-        QVERIFY(m_fake->last().writer.isCancelled());
-        return;
-    }
-    // The rest of the time-out is what is left on the deadline clock, not a
-    // fresh minute.
     QTRY_VERIFY_WITH_TIMEOUT(m_result.has_value(), 20000);
     QVERIFY(awake.elapsed() < 30000);
-    QVERIFY(*m_result == RewriteCoordinator::Result(
-                             std::unexpected(TransformFailure::rewrite(RewriteError::timeout()))));
+    QCOMPARE(asked, QList<int>{25});
+    QVERIFY(*m_result == failed(RewriteError::timeout()));
+    QCOMPARE(describe(m_states), u"working, error(Timed out. Try again.)"_s);
+    QVERIFY(m_fake->last().writer.isCancelled()); // the reader was stopped
+}
+
+void RewriteCoordinatorTest::readinessLine_data() {
+    QTest::addColumn<bool>("hasPreset");
+    QTest::addColumn<std::optional<UnavailableReason>>("reason");
+    QTest::addColumn<QString>("line");
+    using R = std::optional<UnavailableReason>;
+
+    QTest::newRow("ready") << true << R() << u"Status: Make Concise \u00B7 Ready"_s;
+    QTest::newRow("missing key") << true << R(UnavailableReason::missingAPIKey())
+                                 << u"Status: Make Concise \u00B7 Add API key"_s;
+    QTest::newRow("rejected key") << true << R(UnavailableReason::rejectedAPIKey())
+                                  << u"Status: Make Concise \u00B7 Add API key"_s;
+    QTest::newRow("keychain error") << true << R(UnavailableReason::keychainError())
+                                    << u"Status: Make Concise \u00B7 Unavailable"_s;
+    QTest::newRow("not ready") << true << R(UnavailableReason::modelNotReady(u"Model not ready"_s))
+                               << u"Status: Make Concise \u00B7 Unavailable"_s;
+    QTest::newRow("no preset") << false << R() << u"Status: No preset \u00B7 Unavailable"_s;
+}
+
+void RewriteCoordinatorTest::readinessLine() {
+    QFETCH(bool, hasPreset);
+    QFETCH(std::optional<UnavailableReason>, reason);
+    QFETCH(QString, line);
+    m_fake->reason = reason;
+    const auto preset = hasPreset ? std::optional(plainPreset()) : std::nullopt;
+    QCOMPARE(test::waitFor(m_coordinator->readinessLine(preset)), std::optional(line));
+}
+
+void RewriteCoordinatorTest::prewarmAndReasonWithoutPreset() {
+    m_coordinator->prewarm(std::nullopt);
+    QVERIFY(m_fake->prewarmed.isEmpty());
+    m_coordinator->prewarm(plainPreset());
+    QCOMPARE(m_fake->prewarmed.size(), 1);
+    QCOMPARE(test::waitFor(m_coordinator->unavailableReason(std::nullopt)),
+             std::optional(
+                 std::optional(UnavailableReason::misconfigured(u"Add a preset in Presets"_s))));
 }
 
 QTEST_GUILESS_MAIN(RewriteCoordinatorTest)

@@ -4,25 +4,28 @@
 
 #include <QSignalSpy>
 #include <QtTest>
+#include <functional>
 
 using namespace scrivel;
+using namespace Qt::StringLiterals;
+
+// Something done to a store holding the presets it was given.
+using Change = std::function<void(PresetStore&, const QList<Preset>&)>;
+Q_DECLARE_METATYPE(Change)
 
 namespace {
 
-Preset named(const QString& name) {
-    Preset preset = builtInPresets(false).at(1);
-    preset.id = QUuid::createUuid();
-    preset.name = name;
-    // Distinct instructions, so that copying the wrong preset shows.
-    preset.instructions = QStringLiteral("Rewrite as %1 would.").arg(name);
-    return preset;
-}
-
-// A store holding presets named by the letters of `names`, the first active.
+// Presets named by the letters of `names`, each with instructions of its own
+// so that copying the wrong preset shows.
 QList<Preset> lettered(const QString& names) {
     QList<Preset> presets;
-    for (const QChar c : names)
-        presets.append(named(QString(c)));
+    for (const QChar c : names) {
+        Preset preset = builtInPresets(false).at(1);
+        preset.id = QUuid::createUuid();
+        preset.name = c;
+        preset.instructions = u"Rewrite as %1 would."_s.arg(c);
+        presets.append(preset);
+    }
     return presets;
 }
 
@@ -33,11 +36,10 @@ QString namesOf(const QList<Preset>& presets) {
     return names;
 }
 
-void store(InMemorySettingsStore& settings, const QList<Preset>& presets,
-           const std::optional<QUuid>& active) {
+// Stores the presets with the one at `active` active.
+void store(InMemorySettingsStore& settings, const QList<Preset>& presets, int active) {
     settings.setData(PresetStore::presetsKey(), *Preset::encodeList(presets));
-    if (active)
-        settings.setText(PresetStore::activePresetKey(), Preset::idText(*active));
+    settings.setText(PresetStore::activePresetKey(), Preset::idText(presets[active].id));
 }
 
 } // namespace
@@ -48,17 +50,14 @@ class PresetStoreTest : public QObject {
 private Q_SLOTS:
     void firstLaunchSeedsTheBuiltIns_data();
     void firstLaunchSeedsTheBuiltIns();
-    void seedingLeavesAFilledStoreAlone();
     void loadingFallsBack_data();
     void loadingFallsBack();
+    void changes_data();
+    void changes();
     void remove_data();
     void remove();
-    void removingTheLastPresetChangesNothing();
     void move_data();
     void move();
-    void updateWritesOnlyWhenSomethingChanged();
-    void activateIgnoresUnknownIdentifiers();
-    void addAppendsWithoutChangingTheActivePreset();
     void newPresetTemplate();
     void unencodableTemperatureKeepsTheStoredList_data();
     void unencodableTemperatureKeepsTheStoredList();
@@ -80,24 +79,11 @@ void PresetStoreTest::firstLaunchSeedsTheBuiltIns() {
     presets.seedIfEmpty(onDevice);
     QCOMPARE(presets.presets().size(), 3);
     QCOMPARE(listSpy.count(), 1);
-    QCOMPARE(presets.activePreset()->name, QStringLiteral("Fix"));
-    QCOMPARE(presets.activePreset()->providerID,
-             onDevice ? QStringLiteral("onDevice") : QStringLiteral("groq"));
-    QCOMPARE(settings.data(PresetStore::presetsKey()), *Preset::encodeList(presets.presets()));
+    QCOMPARE(presets.activePreset()->name, u"Fix"_s);
+    QCOMPARE(presets.activePreset()->providerID, onDevice ? u"onDevice"_s : u"groq"_s);
+    QCOMPARE(PresetStore(settings).presets(), presets.presets());
     QCOMPARE(settings.text(PresetStore::activePresetKey()),
              Preset::idText(presets.presets().first().id));
-    QCOMPARE(PresetStore(settings).presets(), presets.presets());
-}
-
-void PresetStoreTest::seedingLeavesAFilledStoreAlone() {
-    InMemorySettingsStore settings;
-    const QList<Preset> existing = lettered(QStringLiteral("AB"));
-    store(settings, existing, existing[1].id);
-    PresetStore presets(settings);
-    const int writes = settings.writeCount();
-    presets.seedIfEmpty(true);
-    QCOMPARE(presets.presets(), existing);
-    QCOMPARE(settings.writeCount(), writes);
 }
 
 void PresetStoreTest::loadingFallsBack_data() {
@@ -106,7 +92,7 @@ void PresetStoreTest::loadingFallsBack_data() {
     QTest::addColumn<int>("count");
     QTest::addColumn<int>("activeIndex"); // -1: none
 
-    const QList<Preset> two = lettered(QStringLiteral("AB"));
+    const QList<Preset> two = lettered(u"AB"_s);
     const QByteArray good = *Preset::encodeList(two);
     QTest::newRow("stored active") << good << Preset::idText(two[1].id) << 2 << 1;
     QTest::newRow("active names nothing") << good << Preset::idText(QUuid::createUuid()) << 2 << 0;
@@ -130,12 +116,74 @@ void PresetStoreTest::loadingFallsBack() {
         settings.setText(PresetStore::activePresetKey(), active);
     PresetStore presets(settings);
     QCOMPARE(presets.presets().size(), count);
-    if (activeIndex < 0) {
-        QVERIFY(!presets.activePresetID());
-        QVERIFY(!presets.activePreset());
-    } else {
+    if (activeIndex < 0)
+        QVERIFY(!presets.activePresetID() && !presets.activePreset());
+    else
         QCOMPARE(presets.activePresetID(), presets.presets()[activeIndex].id);
-    }
+}
+
+void PresetStoreTest::changes_data() {
+    // Each row starts from presets A and B, A active.
+    QTest::addColumn<QString>("names");
+    QTest::addColumn<QString>("activeName");
+    QTest::addColumn<QString>("signalCounts"); // presetsChanged, activePresetIDChanged
+    QTest::addColumn<bool>("writes");
+    QTest::addColumn<Change>("change");
+
+    QTest::newRow("add appends, the active preset stays")
+        << u"ABC"_s << u"A"_s << u"1 0"_s << true
+        << Change([](auto& s, auto&) { s.add(lettered(u"C"_s)[0]); });
+    QTest::newRow("update") << u"AZ"_s << u"A"_s << u"1 0"_s << true
+                            << Change([](auto& s, auto& initial) {
+                                   Preset renamed = initial[1];
+                                   renamed.name = u"Z"_s;
+                                   s.update(renamed);
+                               });
+    QTest::newRow("activate") << u"AB"_s << u"B"_s << u"0 1"_s << true
+                              << Change([](auto& s, auto& initial) { s.activate(initial[1].id); });
+    QTest::newRow("no active preset: the first stands in")
+        << u"AB"_s << u"A"_s << u"0 1"_s << true
+        << Change([](auto& s, auto&) { s.setActivePresetID(std::nullopt); });
+    // Nothing changes, so nothing is written or announced.
+    QTest::newRow("seeding a filled store") << u"AB"_s << u"A"_s << u"0 0"_s << false
+                                            << Change([](auto& s, auto&) { s.seedIfEmpty(true); });
+    QTest::newRow("update with an identical preset")
+        << u"AB"_s << u"A"_s << u"0 0"_s << false
+        << Change([](auto& s, auto& initial) { s.update(initial[1]); });
+    QTest::newRow("update of an unknown preset")
+        << u"AB"_s << u"A"_s << u"0 0"_s << false
+        << Change([](auto& s, auto&) { s.update(lettered(u"Z"_s)[0]); });
+    QTest::newRow("activate an unknown identifier")
+        << u"AB"_s << u"A"_s << u"0 0"_s << false
+        << Change([](auto& s, auto&) { s.activate(QUuid::createUuid()); });
+}
+
+void PresetStoreTest::changes() {
+    QFETCH(Change, change);
+    QFETCH(QString, names);
+    QFETCH(QString, activeName);
+    QFETCH(QString, signalCounts);
+    QFETCH(bool, writes);
+
+    InMemorySettingsStore settings;
+    const QList<Preset> initial = lettered(u"AB"_s);
+    store(settings, initial, 0);
+    PresetStore presets(settings);
+    QSignalSpy listSpy(&presets, &PresetStore::presetsChanged);
+    QSignalSpy activeSpy(&presets, &PresetStore::activePresetIDChanged);
+    const int writesBefore = settings.writeCount();
+
+    change(presets, initial);
+    QCOMPARE(namesOf(presets.presets()), names);
+    QCOMPARE(presets.activePreset()->name, activeName);
+    QCOMPARE(u"%1 %2"_s.arg(listSpy.count()).arg(activeSpy.count()), signalCounts);
+    QCOMPARE(settings.writeCount() > writesBefore, writes);
+    // What is stored matches what is held.
+    const PresetStore reloaded(settings);
+    QCOMPARE(reloaded.presets(), presets.presets());
+    QCOMPARE(reloaded.activePreset()->name, activeName);
+    QCOMPARE(settings.contains(PresetStore::activePresetKey()),
+             presets.activePresetID().has_value());
 }
 
 void PresetStoreTest::remove_data() {
@@ -146,27 +194,13 @@ void PresetStoreTest::remove_data() {
     QTest::addColumn<QString>("nextName");
     QTest::addColumn<QString>("activeName");
 
-    QTest::newRow("active last preset") << "ABC" << 2 << 2 << "AB"
-                                        << "B"
-                                        << "B";
-    QTest::newRow("active middle preset") << "ABC" << 1 << 1 << "AC"
-                                          << "C"
-                                          << "C";
-    QTest::newRow("active first preset") << "ABC" << 0 << 0 << "BC"
-                                         << "B"
-                                         << "B";
-    QTest::newRow("inactive preset") << "ABC" << 0 << 1 << "AC"
-                                     << "C"
-                                     << "A";
-    QTest::newRow("inactive last preset") << "ABC" << 1 << 2 << "AB"
-                                          << "B"
-                                          << "B";
-    QTest::newRow("unknown identifier") << "ABC" << 1 << -1 << "ABC"
-                                        << "A"
-                                        << "B";
-    QTest::newRow("two presets") << "AB" << 1 << 1 << "A"
-                                 << "A"
-                                 << "A";
+    QTest::newRow("active last preset") << u"ABC"_s << 2 << 2 << u"AB"_s << u"B"_s << u"B"_s;
+    QTest::newRow("active middle preset") << u"ABC"_s << 1 << 1 << u"AC"_s << u"C"_s << u"C"_s;
+    QTest::newRow("active first preset") << u"ABC"_s << 0 << 0 << u"BC"_s << u"B"_s << u"B"_s;
+    QTest::newRow("inactive preset") << u"ABC"_s << 0 << 1 << u"AC"_s << u"C"_s << u"A"_s;
+    QTest::newRow("inactive last preset") << u"ABC"_s << 1 << 2 << u"AB"_s << u"B"_s << u"B"_s;
+    QTest::newRow("unknown identifier") << u"ABC"_s << 1 << -1 << u"ABC"_s << u"A"_s << u"B"_s;
+    QTest::newRow("the only preset stays") << u"A"_s << 0 << 0 << u"A"_s << u"A"_s << u"A"_s;
 }
 
 void PresetStoreTest::remove() {
@@ -179,8 +213,9 @@ void PresetStoreTest::remove() {
 
     InMemorySettingsStore settings;
     const QList<Preset> initial = lettered(names);
-    store(settings, initial, initial[activeIndex].id);
+    store(settings, initial, activeIndex);
     PresetStore presets(settings);
+    const int writes = settings.writeCount();
 
     const QUuid id = removeIndex < 0 ? QUuid::createUuid() : initial[removeIndex].id;
     const std::optional<QUuid> next = presets.remove(id);
@@ -188,21 +223,11 @@ void PresetStoreTest::remove() {
     QVERIFY(next);
     QCOMPARE(presets.preset(*next)->name, nextName);
     QCOMPARE(presets.activePreset()->name, activeName);
-    // What is stored matches what is held.
-    PresetStore reloaded(settings);
+    if (names.size() == 1)
+        QCOMPARE(settings.writeCount(), writes);
+    const PresetStore reloaded(settings);
     QCOMPARE(reloaded.presets(), presets.presets());
     QCOMPARE(reloaded.activePresetID(), presets.activePresetID());
-}
-
-void PresetStoreTest::removingTheLastPresetChangesNothing() {
-    InMemorySettingsStore settings;
-    const QList<Preset> one = lettered(QStringLiteral("A"));
-    store(settings, one, one[0].id);
-    PresetStore presets(settings);
-    const int writes = settings.writeCount();
-    QCOMPARE(presets.remove(one[0].id), std::optional<QUuid>(one[0].id));
-    QCOMPARE(presets.presets(), one);
-    QCOMPARE(settings.writeCount(), writes);
 }
 
 void PresetStoreTest::move_data() {
@@ -227,102 +252,37 @@ void PresetStoreTest::move() {
     QFETCH(QString, result);
 
     InMemorySettingsStore settings;
-    const QList<Preset> initial = lettered(QStringLiteral("ABCDE"));
-    store(settings, initial, initial[2].id);
+    store(settings, lettered(u"ABCDE"_s), 2);
     PresetStore presets(settings);
     presets.move(sources, destination);
     QCOMPARE(namesOf(presets.presets()), result);
-    QCOMPARE(presets.activePreset()->name, QStringLiteral("C")); // identity, not position
+    QCOMPARE(presets.activePreset()->name, u"C"_s); // identity, not position
     QCOMPARE(namesOf(PresetStore(settings).presets()), result);
 }
 
-void PresetStoreTest::updateWritesOnlyWhenSomethingChanged() {
-    InMemorySettingsStore settings;
-    const QList<Preset> initial = lettered(QStringLiteral("AB"));
-    store(settings, initial, initial[0].id);
-    PresetStore presets(settings);
-    QSignalSpy spy(&presets, &PresetStore::presetsChanged);
-    const int writes = settings.writeCount();
-
-    presets.update(initial[1]); // identical
-    QCOMPARE(settings.writeCount(), writes);
-    QCOMPARE(spy.count(), 0);
-
-    Preset unknown = initial[1];
-    unknown.id = QUuid::createUuid();
-    unknown.name = QStringLiteral("Z");
-    presets.update(unknown); // no such preset
-    QCOMPARE(settings.writeCount(), writes);
-    QCOMPARE(namesOf(presets.presets()), QStringLiteral("AB"));
-
-    Preset changed = initial[1];
-    changed.temperature.reset();
-    presets.update(changed);
-    QVERIFY(settings.writeCount() > writes);
-    QCOMPARE(spy.count(), 1);
-    QCOMPARE(presets.presets()[1], changed);
-    QCOMPARE(PresetStore(settings).presets()[1], changed);
-}
-
-void PresetStoreTest::activateIgnoresUnknownIdentifiers() {
-    InMemorySettingsStore settings;
-    const QList<Preset> initial = lettered(QStringLiteral("AB"));
-    store(settings, initial, initial[0].id);
-    PresetStore presets(settings);
-    QSignalSpy spy(&presets, &PresetStore::activePresetIDChanged);
-
-    presets.activate(QUuid::createUuid());
-    QCOMPARE(presets.activePresetID(), initial[0].id);
-    QCOMPARE(spy.count(), 0);
-
-    presets.activate(initial[1].id);
-    QCOMPARE(presets.activePresetID(), initial[1].id);
-    QCOMPARE(spy.count(), 1);
-    QCOMPARE(settings.text(PresetStore::activePresetKey()), Preset::idText(initial[1].id));
-
-    presets.setActivePresetID(std::nullopt);
-    QVERIFY(!settings.contains(PresetStore::activePresetKey()));
-    QCOMPARE(presets.activePreset()->name, QStringLiteral("A")); // the first stands in
-}
-
-void PresetStoreTest::addAppendsWithoutChangingTheActivePreset() {
-    InMemorySettingsStore settings;
-    const QList<Preset> initial = lettered(QStringLiteral("AB"));
-    store(settings, initial, initial[1].id);
-    PresetStore presets(settings);
-    presets.add(named(QStringLiteral("C")));
-    QCOMPARE(namesOf(presets.presets()), QStringLiteral("ABC"));
-    QCOMPARE(presets.activePreset()->name, QStringLiteral("B"));
-    QCOMPARE(namesOf(PresetStore(settings).presets()), QStringLiteral("ABC"));
-}
-
 void PresetStoreTest::newPresetTemplate() {
+    // A copy of the given preset, else of the active one, else of the built-in
+    // Fix: under a new name and identifier, and without edit validation.
+    const auto expectCopyOf = [](const Preset& copy, Preset source) {
+        QVERIFY(!copy.id.isNull() && copy.id != source.id);
+        source.id = copy.id;
+        source.name = u"New Preset"_s;
+        source.validatesEdits = false;
+        QCOMPARE(copy, source);
+    };
     InMemorySettingsStore settings;
     PresetStore empty(settings);
-    const Preset fallback = empty.newPresetTemplate();
-    const Preset fix = builtInPresets(false).first();
-    QCOMPARE(fallback.name, QStringLiteral("New Preset"));
-    QCOMPARE(fallback.providerID, QStringLiteral("groq"));
-    QCOMPARE(fallback.instructions, fix.instructions);
-    QVERIFY(!fallback.validatesEdits); // cleared even though "Fix" sets it
-    QCOMPARE(fallback.temperature, fix.temperature);
+    expectCopyOf(empty.newPresetTemplate(), builtInPresets(false).first());
 
-    Preset source = named(QStringLiteral("Source"));
-    source.customBaseURL = QStringLiteral("http://localhost:1234/v1");
-    source.reasoningEffort = QStringLiteral("high");
+    Preset source = lettered(u"S"_s)[0];
+    source.customBaseURL = u"http://localhost:1234/v1"_s;
+    source.reasoningEffort = u"high"_s;
     source.validatesEdits = true;
-    const Preset copy = empty.newPresetTemplate(source);
-    QVERIFY(copy.id != source.id && !copy.id.isNull());
-    QCOMPARE(copy.name, QStringLiteral("New Preset"));
-    QCOMPARE(copy.customBaseURL, source.customBaseURL);
-    QCOMPARE(copy.reasoningEffort, source.reasoningEffort);
-    QCOMPARE(copy.model, source.model);
-    QVERIFY(!copy.validatesEdits);
+    expectCopyOf(empty.newPresetTemplate(source), source);
 
-    const QList<Preset> initial = lettered(QStringLiteral("AB"));
-    store(settings, initial, initial[1].id);
-    PresetStore filled(settings);
-    QCOMPARE(filled.newPresetTemplate().instructions, QStringLiteral("Rewrite as B would."));
+    const QList<Preset> initial = lettered(u"AB"_s);
+    store(settings, initial, 1);
+    expectCopyOf(PresetStore(settings).newPresetTemplate(), initial[1]);
 }
 
 void PresetStoreTest::unencodableTemperatureKeepsTheStoredList_data() {
@@ -335,15 +295,15 @@ void PresetStoreTest::unencodableTemperatureKeepsTheStoredList_data() {
 void PresetStoreTest::unencodableTemperatureKeepsTheStoredList() {
     QFETCH(double, temperature);
     InMemorySettingsStore settings;
-    const QList<Preset> initial = lettered(QStringLiteral("AB"));
-    store(settings, initial, initial[0].id);
+    const QList<Preset> initial = lettered(u"AB"_s);
+    store(settings, initial, 0);
     const std::optional<QByteArray> before = settings.data(PresetStore::presetsKey());
     PresetStore presets(settings);
 
     Preset odd = initial[1];
     odd.temperature = temperature;
     presets.update(odd);
-    presets.activate(initial[1].id);
+    presets.activate(initial[1].id); // the active preset is still written
     QCOMPARE(settings.data(PresetStore::presetsKey()), before);
     QVERIFY(before && !before->contains("null"));
     QCOMPARE(settings.text(PresetStore::activePresetKey()), Preset::idText(initial[1].id));
