@@ -61,6 +61,7 @@ private Q_SLOTS:
             << true << LoginItemStatus::notFound << false << "register" << -1;
         QTest::newRow("off, enabled")
             << false << LoginItemStatus::enabled << false << "unregister" << -1;
+        QTest::newRow("off, not found") << false << LoginItemStatus::notFound << false << "" << -1;
         QTest::newRow("off, not registered")
             << false << LoginItemStatus::notRegistered << false << "" << -1;
         QTest::newRow("unknown status") << true << unknownStatus << false << "" << unknown;

@@ -127,8 +127,12 @@ private Q_SLOTS:
         Fixture f;
         f.model->applyState(OperationUIState::success());
         f.clock.advance(1000ms);
+        f.model->applyState(OperationUIState::working());
+        f.clock.advance(1000ms); // the success's two seconds are up
+        settle();
+        QCOMPARE(f.model->look(), StatusItemModel::Look::progress);
         f.model->applyState(OperationUIState::error(QStringLiteral("Boom")));
-        f.clock.advance(2999ms); // well past the success's two seconds
+        f.clock.advance(2999ms);
         settle();
         QCOMPARE(f.model->look(), StatusItemModel::Look::triangle);
         f.clock.advance(1ms);
