@@ -2,7 +2,6 @@
 
 #include "app/HotKeyService.h"
 
-#include <QHash>
 #include <QList>
 #include <QSet>
 
@@ -18,9 +17,20 @@ public:
     using HotKeyService::HotKeyService;
 
     std::expected<void, HotKeyError> registerHotKey(const Shortcut& shortcut, quint32 signature,
-                                                    quint32 id) override;
-    void unregisterHotKey(quint32 signature, quint32 id) override;
-    bool isTakenByAnotherClient(const Shortcut& shortcut) override;
+                                                    quint32 id) override {
+        registrationLog.append(shortcut);
+        if (takenByOthers.contains(shortcut))
+            return std::unexpected(HotKeyError{HotKeyError::Kind::takenByAnotherClient, 10});
+        m_registrations.append({shortcut, signature, id});
+        return {};
+    }
+    void unregisterHotKey(quint32 signature, quint32 id) override {
+        m_registrations.removeIf(
+            [&](const Registration& r) { return r.signature == signature && r.id == id; });
+    }
+    bool isTakenByAnotherClient(const Shortcut& shortcut) override {
+        return takenByOthers.contains(shortcut);
+    }
 
     // Combinations another client holds: registering them fails with
     // BadAccess (10).
@@ -28,22 +38,36 @@ public:
     // Every registration call in order, refused ones included.
     QList<Shortcut> registrationLog;
 
-    QList<Shortcut> registered() const;
+    QList<Shortcut> registered() const {
+        QList<Shortcut> shortcuts;
+        for (const Registration& r : m_registrations)
+            shortcuts.append(r.shortcut);
+        return shortcuts;
+    }
     bool isRegistered(const Shortcut& shortcut) const { return registered().contains(shortcut); }
 
     // Presses and releases the combination as the system would report it;
     // false when it is not registered.
-    bool press(const Shortcut& shortcut);
-    bool release(const Shortcut& shortcut);
+    bool press(const Shortcut& shortcut) { return deliver(shortcut, EventKind::pressed); }
+    bool release(const Shortcut& shortcut) { return deliver(shortcut, EventKind::released); }
 
 private:
-    bool deliver(const Shortcut& shortcut, EventKind kind);
-
     struct Registration {
         Shortcut shortcut;
         quint32 signature;
         quint32 id;
     };
+
+    bool deliver(const Shortcut& shortcut, EventKind kind) {
+        for (const Registration& r : std::as_const(m_registrations)) {
+            if (r.shortcut == shortcut) {
+                Q_EMIT hotKeyEvent(r.signature, r.id, kind);
+                return true;
+            }
+        }
+        return false;
+    }
+
     QList<Registration> m_registrations;
 };
 

@@ -3,6 +3,7 @@
 #include "support/Sleep.h"
 
 #include <QList>
+#include <algorithm>
 #include <chrono>
 
 namespace scrivel::test {
@@ -11,11 +12,33 @@ namespace scrivel::test {
 // advance() passes their deadline. Cancelled sleeps never end.
 class ManualClock {
 public:
-    Sleep sleep();
-    void advance(std::chrono::milliseconds by);
+    Sleep sleep() {
+        return [this](std::chrono::milliseconds duration) {
+            Promise<std::monostate> promise;
+            m_waiters.append({m_now + duration, promise});
+            return promise.future();
+        };
+    }
+
+    void advance(std::chrono::milliseconds by) {
+        m_now += by;
+        for (qsizetype i = 0; i < m_waiters.size();) {
+            if (m_waiters[i].deadline > m_now) {
+                ++i;
+                continue;
+            }
+            m_waiters[i].promise.resolve(std::monostate{});
+            m_waiters.removeAt(i);
+        }
+    }
+
     std::chrono::milliseconds now() const { return m_now; }
+
     // Sleeps neither ended nor cancelled.
-    int pendingCount() const;
+    int pendingCount() const {
+        return int(std::count_if(m_waiters.cbegin(), m_waiters.cend(),
+                                 [](const Waiter& w) { return !w.promise.isCancelled(); }));
+    }
 
 private:
     struct Waiter {

@@ -2,7 +2,6 @@
 #include "app/StatusItemModel.h"
 #include "dummy/InMemorySettingsStore.h"
 #include "pipeline/RewriteCoordinator.h"
-#include "presets/BuiltInPresets.h"
 #include "presets/PresetStore.h"
 #include "support/FakeTransformer.h"
 #include "support/ManualClock.h"
@@ -11,11 +10,12 @@
 
 using namespace scrivel;
 using namespace std::chrono_literals;
-using Look = StatusItemModel::Look;
 
 Q_DECLARE_METATYPE(OperationUIState)
 
 namespace {
+
+const QString resting = QStringLiteral("wand | Scrivel | Ready | Status: Fix · Ready");
 
 struct RecordingAnnouncer : Announcer {
     void announce(const QString& text) override { texts.append(text); }
@@ -29,6 +29,7 @@ void settle() {
         QCoreApplication::processEvents();
 }
 
+// The seeded presets, "Fix" active; nothing has run yet (call settle()).
 struct Fixture {
     Fixture() : store(settings), coordinator(transformer) {
         store.seedIfEmpty(false);
@@ -41,11 +42,15 @@ struct Fixture {
                                      },
                                      [this](bool enabled) { shortcutStates.append(enabled); }},
             clock.sleep());
-        settle();
     }
 
-    QString readinessLine() const {
-        return QStringLiteral("Status: %1 · Ready").arg(store.activePreset()->name);
+    // The button (look, tool tip, accessible value) and the menu's status line.
+    QString shown() const {
+        const char* look =
+            QMetaEnum::fromType<StatusItemModel::Look>().valueToKey(int(model->look()));
+        return QStringLiteral("%1 | %2 | %3 | %4")
+            .arg(QLatin1String(look), model->toolTip(), model->accessibleValue(),
+                 model->statusLine());
     }
 
     InMemorySettingsStore settings;
@@ -65,129 +70,96 @@ struct Fixture {
 class StatusItemModelTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void startsCheckingThenShowsReadiness() {
-        InMemorySettingsStore settings;
-        PresetStore store(settings);
-        store.seedIfEmpty(false);
-        test::FakeTransformer transformer;
-        transformer.reason = UnavailableReason::missingAPIKey();
-        RewriteCoordinator coordinator(transformer);
-        RecordingAnnouncer announcer;
-        StatusItemModel model(coordinator, store, announcer, {});
-        QCOMPARE(model.statusLine(), QStringLiteral("Status: Checking…"));
-        QCOMPARE(model.accessibleValue(), QStringLiteral("Idle"));
-        settle();
-        QCOMPARE(model.statusLine(), QStringLiteral("Status: Fix · Add API key"));
-        QCOMPARE(model.look(), Look::wand);
-        QCOMPARE(model.toolTip(), UnavailableReason::missingAPIKey().message());
-        QCOMPARE(model.accessibleValue(), QStringLiteral("Model unavailable"));
-    }
-
     void eachStateLooksAndReturnsToRest_data() {
         QTest::addColumn<OperationUIState>("state");
-        QTest::addColumn<Look>("look");
-        QTest::addColumn<QString>("toolTip");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("statusLine"); // empty: the readiness line stays
+        QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("announcement");
         QTest::addColumn<int>("restAfterMs"); // 0: stays
 
-        const auto reason =
-            UnavailableReason::misconfigured(QStringLiteral("Choose a model in Presets"));
-        QTest::newRow("idle") << OperationUIState::idle() << Look::wand << "Scrivel"
-                              << "Idle" << QString() << QString() << 0;
-        QTest::newRow("working") << OperationUIState::working() << Look::progress << "Working"
-                                 << "Working" << QString() << "Working" << 0;
-        QTest::newRow("success") << OperationUIState::success() << Look::checkMark << "Complete"
-                                 << "Complete"
-                                 << "Status: Complete"
+        const QString timedOut = QStringLiteral("Timed out. Try again.");
+        const auto reason = UnavailableReason::misconfigured("Choose a model in Presets");
+        QTest::newRow("idle") << OperationUIState::idle()
+                              << "wand | Scrivel | Idle | Status: Fix · Ready" << QString() << 0;
+        QTest::newRow("working") << OperationUIState::working()
+                                 << "progress | Working | Working | Status: Fix · Ready"
+                                 << "Working" << 0;
+        QTest::newRow("success") << OperationUIState::success()
+                                 << "checkMark | Complete | Complete | Status: Complete"
                                  << "Done. Copied. Press Ctrl+V to paste." << 2000;
-        QTest::newRow("alreadyClean")
-            << OperationUIState::alreadyClean() << Look::checkMark << "No change"
-            << "No change"
-            << "Status: No change"
-            << "No change needed. Nothing was copied." << 3000;
-        QTest::newRow("error") << OperationUIState::error(QStringLiteral("Timed out. Try again."))
-                               << Look::triangle << "Timed out. Try again."
-                               << "Timed out. Try again."
-                               << "Status: Timed out. Try again."
-                               << "Timed out. Try again." << 3000;
+        QTest::newRow("alreadyClean") << OperationUIState::alreadyClean()
+                                      << "checkMark | No change | No change | Status: No change"
+                                      << "No change needed. Nothing was copied." << 3000;
+        QTest::newRow("error") << OperationUIState::error(timedOut)
+                               << "triangle | " + timedOut + " | " + timedOut +
+                                      " | Status: " + timedOut
+                               << timedOut << 3000;
         QTest::newRow("modelUnavailable") << OperationUIState::modelUnavailable(reason)
-                                          << Look::triangle << "Choose a model in Presets"
-                                          << "Model unavailable"
-                                          << "Status: Model unavailable"
+                                          << "triangle | Choose a model in Presets | Model "
+                                             "unavailable | Status: Model unavailable"
                                           << "Model unavailable. Choose a model in Presets" << 3000;
     }
     void eachStateLooksAndReturnsToRest() {
         QFETCH(OperationUIState, state);
-        QFETCH(Look, look);
-        QFETCH(QString, toolTip);
-        QFETCH(QString, value);
-        QFETCH(QString, statusLine);
+        QFETCH(QString, shown);
         QFETCH(QString, announcement);
         QFETCH(int, restAfterMs);
 
         Fixture f;
-        QCOMPARE(f.model->statusLine(), f.readinessLine());
+        settle();
         f.model->applyState(state);
-        QCOMPARE(f.model->look(), look);
-        QCOMPARE(f.model->toolTip(), toolTip);
-        QCOMPARE(f.model->accessibleValue(), value);
-        QCOMPARE(f.model->statusLine(), statusLine.isEmpty() ? f.readinessLine() : statusLine);
+        QCOMPARE(f.shown(), shown);
         QCOMPARE(f.announcer.texts,
                  announcement.isEmpty() ? QStringList() : QStringList{announcement});
         QCOMPARE(f.model->isWorking(), state.kind() == OperationUIState::Kind::working);
-
         if (restAfterMs == 0) {
             QCOMPARE(f.clock.pendingCount(), 0);
             return;
         }
         f.clock.advance(std::chrono::milliseconds(restAfterMs - 1));
         settle();
-        QCOMPARE(f.model->look(), look);
+        QCOMPARE(f.shown(), shown);
         f.clock.advance(1ms);
         settle();
-        QCOMPARE(f.model->look(), Look::wand);
-        QCOMPARE(f.model->toolTip(), QStringLiteral("Scrivel"));
-        QCOMPARE(f.model->accessibleValue(), QStringLiteral("Ready"));
-        QCOMPARE(f.model->statusLine(), f.readinessLine());
+        QCOMPARE(f.shown(), resting);
     }
 
     void onlyTheLatestResultReturnsToRest() {
         Fixture f;
         f.model->applyState(OperationUIState::success());
         f.clock.advance(1000ms);
+        f.model->applyState(OperationUIState::working());
+        f.clock.advance(1000ms); // the success's two seconds are up
+        settle();
+        QCOMPARE(f.model->look(), StatusItemModel::Look::progress);
         f.model->applyState(OperationUIState::error(QStringLiteral("Boom")));
-        f.clock.advance(1500ms); // past the success's two seconds
+        f.clock.advance(2999ms);
         settle();
-        QCOMPARE(f.model->look(), Look::triangle);
-        QCOMPARE(f.model->toolTip(), QStringLiteral("Boom"));
-        f.clock.advance(1499ms);
-        settle();
-        QCOMPARE(f.model->look(), Look::triangle);
+        QCOMPARE(f.model->look(), StatusItemModel::Look::triangle);
         f.clock.advance(1ms);
         settle();
-        QCOMPARE(f.model->look(), Look::wand);
+        QCOMPARE(f.model->look(), StatusItemModel::Look::wand);
         QCOMPARE(f.clock.pendingCount(), 0);
     }
 
-    void readinessDuringARunKeepsTheWorkingLook() {
+    void readinessShowsUnlessARunIsUnderWay() {
         Fixture f;
+        QCOMPARE(f.shown(), QStringLiteral("wand | Scrivel | Idle | Status: Checking…"));
+        settle();
+        QCOMPARE(f.shown(), resting);
+
+        // Opening the menu reads readiness again; a run keeps its look.
         f.model->applyState(OperationUIState::working());
         f.transformer.reason = UnavailableReason::missingAPIKey();
         f.model->menuWillOpen();
         settle();
-        QCOMPARE(f.model->statusLine(), QStringLiteral("Status: Fix · Add API key"));
-        QCOMPARE(f.model->look(), Look::progress);
-        QCOMPARE(f.model->toolTip(), QStringLiteral("Working"));
-        QCOMPARE(f.model->accessibleValue(), QStringLiteral("Working"));
+        QCOMPARE(f.shown(),
+                 QStringLiteral("progress | Working | Working | Status: Fix · Add API key"));
 
-        // Once the run is over the same refresh shows the reason.
         f.model->applyState(OperationUIState::idle());
         f.model->refreshReadiness();
         settle();
-        QCOMPARE(f.model->toolTip(), UnavailableReason::missingAPIKey().message());
-        QCOMPARE(f.model->accessibleValue(), QStringLiteral("Model unavailable"));
+        QCOMPARE(f.shown(), "wand | " + UnavailableReason::missingAPIKey().message() +
+                                " | Model unavailable | Status: Fix · Add API key");
     }
 
     void runsOfTheCoordinatorDriveTheLook() {
@@ -196,109 +168,71 @@ private Q_SLOTS:
         preset.validatesEdits = false;
         auto run = f.coordinator.rewrite(QStringLiteral("helo"), preset);
         settle();
-        QCOMPARE(f.model->look(), Look::progress);
+        QCOMPARE(f.model->look(), StatusItemModel::Look::progress);
         f.transformer.complete(QStringLiteral("hello"));
         settle();
-        QCOMPARE(f.model->look(), Look::checkMark);
         QCOMPARE(f.model->statusLine(), QStringLiteral("Status: Complete"));
     }
 
-    void presentationsWaitForTheMenuToClose_data() {
-        QTest::addColumn<QStringList>("requests");
-        QTest::addColumn<QStringList>("presentedAfterClose");
-        QTest::newRow("open panel") << QStringList{"openPanel"} << QStringList{"panel"};
-        QTest::newRow("settings") << QStringList{"showSettings"} << QStringList{"settings"};
-        QTest::newRow("newer replaces older")
-            << QStringList{"openPanel", "showSettings"} << QStringList{"settings"};
-        QTest::newRow("nothing asked") << QStringList{} << QStringList{};
-    }
     void presentationsWaitForTheMenuToClose() {
-        QFETCH(QStringList, requests);
-        QFETCH(QStringList, presentedAfterClose);
         Fixture f;
         f.model->menuWillOpen();
-        QVERIFY(f.model->isMenuOpen());
-        QCOMPARE(f.shortcutStates, QList<bool>{false});
-        for (const QString& request : requests)
-            request == "openPanel" ? f.model->openPanel() : f.model->showSettings();
+        f.model->openPanel();
+        f.model->showSettings(); // the newer request replaces the older
         settle();
         QCOMPARE(f.presented, QStringList());
         f.model->menuDidClose();
         QCOMPARE(f.shortcutStates, (QList<bool>{false, true}));
         QCOMPARE(f.presented, QStringList()); // not inside the closing itself
         settle();
-        QCOMPARE(f.presented, presentedAfterClose);
-        QVERIFY(!f.model->hasPendingPresentation());
+        QCOMPARE(f.presented, QStringList{"settings"});
 
-        // With the menu closed, requests are served at once.
-        f.presented.clear();
+        // Nothing asked: nothing shown. With the menu closed, served at once.
+        f.model->menuWillOpen();
+        f.model->menuDidClose();
+        settle();
         f.model->openPanel();
-        QCOMPARE(f.presented, QStringList{"panel"});
+        QCOMPARE(f.presented, (QStringList{"settings", "panel"}));
     }
 
     void presetsChangedInSettingsPrewarmAndRefresh() {
         Fixture f;
         f.model->showSettings();
-        QVERIFY(f.presetsChanged);
-        f.transformer.prewarmed.clear();
         Preset renamed = *f.store.activePreset();
         renamed.name = QStringLiteral("Fix Better");
         f.store.update(renamed);
         f.presetsChanged();
         settle();
-        QCOMPARE(f.transformer.prewarmed.size(), 1);
-        QCOMPARE(f.transformer.prewarmed.first().id, renamed.id);
+        QCOMPARE(f.transformer.prewarmed, QList{renamed});
         QCOMPARE(f.model->statusLine(), QStringLiteral("Status: Fix Better · Ready"));
     }
 
     void presetMenuChecksTheActivePreset() {
         Fixture f;
         const QList<Preset> presets = f.store.presets();
-        QCOMPARE(presets.size(), 3);
         f.store.activate(presets[1].id);
-        auto checks = [&] {
-            QList<bool> result;
-            for (const auto& item : f.model->presetMenu())
-                result.append(item.checked);
-            return result;
+        auto item = [&](int i, bool checked) {
+            return StatusItemModel::PresetMenuItem{presets[i].name, Preset::idText(presets[i].id),
+                                                   checked};
         };
-        const auto menu = f.model->presetMenu();
-        QCOMPARE(menu.size(), 3);
-        for (int i = 0; i < 3; ++i) {
-            QCOMPARE(menu[i].title, presets[i].name);
-            QCOMPARE(menu[i].representedObject, Preset::idText(presets[i].id));
-        }
-        QCOMPARE(checks(), (QList<bool>{false, true, false}));
+        QCOMPARE(f.model->presetMenu(), (QList{item(0, false), item(1, true), item(2, false)}));
 
         QSignalSpy menuChanged(f.model.get(), &StatusItemModel::menuChanged);
-        f.transformer.prewarmed.clear();
-        f.model->selectPreset(menu[2].representedObject);
-        QCOMPARE(checks(), (QList<bool>{false, false, true})); // before anything runs
+        f.model->selectPreset(item(2, false).representedObject);
+        QCOMPARE(f.model->presetMenu(), (QList{item(0, false), item(1, false), item(2, true)}));
         QVERIFY(!menuChanged.isEmpty());
-        QVERIFY(f.transformer.prewarmed.isEmpty());
+        QVERIFY(f.transformer.prewarmed.isEmpty()); // on the next turn
         settle();
-        QCOMPARE(f.transformer.prewarmed.size(), 1);
-        QCOMPARE(f.transformer.prewarmed.first().id, presets[2].id);
+        QCOMPARE(f.transformer.prewarmed, QList{presets[2]});
         QCOMPARE(f.model->statusLine(), QStringLiteral("Status: %1 · Ready").arg(presets[2].name));
-    }
 
-    void presetItemsWithoutAnIdentifierAreIgnored_data() {
-        QTest::addColumn<QVariant>("represented");
-        QTest::newRow("missing") << QVariant();
-        QTest::newRow("not text") << QVariant(2);
-        QTest::newRow("not a UUID") << QVariant(QStringLiteral("Make Concise"));
-        QTest::newRow("braced") << QVariant(
-            QStringLiteral("{6F9619FF-8B86-D011-B42D-00C04FC964FF}"));
-    }
-    void presetItemsWithoutAnIdentifierAreIgnored() {
-        QFETCH(QVariant, represented);
-        Fixture f;
-        const QUuid active = f.store.activePreset()->id;
-        f.transformer.prewarmed.clear();
-        f.model->selectPreset(represented);
+        // Items without an identifier in its standard form change nothing.
+        const QString braced = QStringLiteral("{6F9619FF-8B86-D011-B42D-00C04FC964FF}");
+        for (const QVariant& bad : {QVariant(2), QVariant("Make Concise"), QVariant(braced)})
+            f.model->selectPreset(bad);
         settle();
-        QCOMPARE(f.store.activePreset()->id, active);
-        QVERIFY(f.transformer.prewarmed.isEmpty());
+        QCOMPARE(f.store.activePreset()->id, presets[2].id);
+        QCOMPARE(f.transformer.prewarmed.size(), 1);
     }
 };
 

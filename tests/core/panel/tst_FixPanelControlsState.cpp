@@ -5,7 +5,6 @@
 using namespace scrivel;
 
 Q_DECLARE_METATYPE(PanelStage)
-Q_DECLARE_METATYPE(SettingsStatus)
 
 class FixPanelControlsStateTest : public QObject {
     Q_OBJECT
@@ -18,33 +17,31 @@ private Q_SLOTS:
         // Editor, Picker, Run shown, run enabled, Working progress, Open
         // presets, reVert; '.' where absent or disabled.
         QTest::addColumn<QString>("flags");
-        QTest::addColumn<QString>("outcome");
+        QTest::addColumn<QString>("outcome"); // as read out: kind and sentence
 
-        QTest::newRow("input, empty") << PanelStage::input() << false << false
-                                      << QStringLiteral("EPR....") << QStringLiteral("");
-        QTest::newRow("input, runnable") << PanelStage::input() << false << true
-                                         << QStringLiteral("EPRe...") << QStringLiteral("");
-        QTest::newRow("working") << PanelStage::working() << true << false
-                                 << QStringLiteral("....W..") << QStringLiteral("");
+        const QString copied =
+            QStringLiteral("Success. Copied. Press Ctrl+V to replace your text.");
+        QTest::newRow("input, empty") << PanelStage::input() << false << false << "EPR...."
+                                      << "";
+        QTest::newRow("input, runnable") << PanelStage::input() << false << true << "EPRe..."
+                                         << "";
+        QTest::newRow("working") << PanelStage::working() << true << false << "....W.."
+                                 << "";
         QTest::newRow("copied with original")
-            << PanelStage::copied() << true << true << QStringLiteral("EPRe..V")
-            << QStringLiteral("Copied. Press Ctrl+V to replace your text.");
+            << PanelStage::copied() << true << true << "EPRe..V" << copied;
         QTest::newRow("copied without original")
-            << PanelStage::copied() << false << true << QStringLiteral("EPRe...")
-            << QStringLiteral("Copied. Press Ctrl+V to replace your text.");
-        QTest::newRow("already clean")
-            << PanelStage::alreadyClean() << true << true << QStringLiteral("EPRe..V")
-            << QStringLiteral("No change needed. Nothing was copied.");
+            << PanelStage::copied() << false << true << "EPRe..." << copied;
+        QTest::newRow("already clean") << PanelStage::alreadyClean() << true << true << "EPRe..V"
+                                       << "No change needed. Nothing was copied.";
         QTest::newRow("missing key")
-            << PanelStage::failure("Add an API key.", true) << true << true
-            << QStringLiteral("EPRe.O.") << QStringLiteral("Add an API key.");
+            << PanelStage::failure("Add an API key.", true) << true << true << "EPRe.O."
+            << "Error. Add an API key.";
         // A failure never offers Revert: the original is already back.
         QTest::newRow("keychain error")
             << PanelStage::failure("Couldn’t access the API key in Keychain.", false) << true
-            << true << QStringLiteral("EPRe...")
-            << QStringLiteral("Couldn’t access the API key in Keychain.");
+            << true << "EPRe..."
+            << "Error. Couldn’t access the API key in Keychain.";
     }
-
     void perStage() {
         QFETCH(PanelStage, stage);
         QFETCH(bool, holdsOriginal);
@@ -63,44 +60,17 @@ private Q_SLOTS:
         seen += state.showsRevert ? u'V' : u'.';
         QCOMPARE(seen, flags);
         QCOMPARE(state.pinsScrollToEnd, stage.kind == PanelStage::Kind::working);
-        QCOMPARE(state.outcome ? state.outcome->message : QString(), outcome);
+        QCOMPARE(state.outcome ? state.outcome->accessibleName() : QString(), outcome);
     }
 
-    void outcomeStatusKinds() {
-        using Kind = SettingsStatus::Kind;
-        QCOMPARE(FixPanelControlsState::of(PanelStage::copied(), true, true).outcome->kind,
-                 Kind::success);
-        QCOMPARE(FixPanelControlsState::of(PanelStage::alreadyClean(), true, true).outcome->kind,
-                 Kind::neutral);
-        QCOMPARE(
-            FixPanelControlsState::of(PanelStage::failure("x", false), true, true).outcome->kind,
-            Kind::error);
-    }
-
-    void shortcutHint() {
+    void sentences() {
         QCOMPARE(shortcutHintText(QStringLiteral("Ctrl+Alt+Return")),
                  std::optional<QString>(
                      QStringLiteral("Press Ctrl+Alt+Return anywhere to open Scrivel.")));
         QCOMPARE(shortcutHintText(std::nullopt), std::nullopt);
-    }
-
-    void statusLabelsReadAsOneSentence_data() {
-        QTest::addColumn<SettingsStatus>("status");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("neutral") << SettingsStatus::neutral("Nothing.")
-                                 << QStringLiteral("Nothing.");
-        QTest::newRow("success") << SettingsStatus::success("Done.")
-                                 << QStringLiteral("Success. Done.");
-        QTest::newRow("warning") << SettingsStatus::warning("Approve Scrivel in Login Items.")
-                                 << QStringLiteral("Warning. Approve Scrivel in Login Items.");
-        QTest::newRow("error") << SettingsStatus::error("Failed.")
-                               << QStringLiteral("Error. Failed.");
-    }
-
-    void statusLabelsReadAsOneSentence() {
-        QFETCH(SettingsStatus, status);
-        QFETCH(QString, name);
-        QCOMPARE(status.accessibleName(), name);
+        QCOMPARE(SettingsStatus::warning(QStringLiteral("Approve Scrivel in Login Items."))
+                     .accessibleName(),
+                 QStringLiteral("Warning. Approve Scrivel in Login Items."));
     }
 };
 

@@ -33,7 +33,6 @@ private Q_SLOTS:
             << QPoint(1279, 799) << panel << QList<PanelScreen>{primary} << QPoint(832, 672);
         QTest::newRow("top-left corner, below the top bar")
             << QPoint(0, 0) << panel << both << QPoint(8, 40);
-        QTest::newRow("second screen") << QPoint(2000, 500) << panel << both << QPoint(1976, 512);
         QTest::newRow("right edge of the second screen")
             << QPoint(3199, 100) << panel << both << QPoint(2752, 112);
         QTest::newRow("outside every screen: the primary")

@@ -31,12 +31,14 @@ struct FakeLoginItems : LoginItemService {
     int opened = 0;
 };
 
+// Keeps its automatic-check preference in the test's variable.
 struct FakeFramework : UpdateFramework {
+    explicit FakeFramework(bool& automatic) : automatic(automatic) {}
     bool canCheckForUpdates() const override { return true; }
     void checkForUpdates() override {}
     bool automaticallyChecksForUpdates() const override { return automatic; }
     void setAutomaticallyChecksForUpdates(bool checks) override { automatic = checks; }
-    bool automatic = true;
+    bool& automatic;
 };
 
 bool showsText(QWidget& view, const QString& text) {
@@ -53,12 +55,16 @@ QPushButton* button(QWidget& view, const QString& text) {
     return nullptr;
 }
 
-QCheckBox* launchToggle(QWidget& view) {
+// The launch switch by its accessible name, the updates one by its text.
+QCheckBox* checkBox(QWidget& view, const QString& name) {
     for (QCheckBox* box : view.findChildren<QCheckBox*>())
-        if (box->accessibleName() == QStringLiteral("Launch at login"))
+        if (box->accessibleName() == name || box->text() == name)
             return box;
     return nullptr;
 }
+
+const QString launch = QStringLiteral("Launch at login");
+const QString notConfigured = QStringLiteral("Not configured in this development build");
 
 } // namespace
 
@@ -71,8 +77,8 @@ private Q_SLOTS:
         UpdaterController updater{QString(), QString()};
         SettingsView view(items, updater, [](QWidget* parent) { return new QLineEdit(parent); });
         view.show();
-        QCheckBox* toggle = launchToggle(view);
-        QVERIFY(toggle && toggle->isEnabled() && !toggle->isChecked());
+        QCheckBox* toggle = checkBox(view, launch);
+        QVERIFY(toggle->isEnabled() && !toggle->isChecked());
         QVERIFY(view.findChild<QLineEdit*>()); // the recorder's row
         auto* status = view.findChild<SettingsStatusLabel*>();
         QVERIFY(!status->isVisibleTo(&view));
@@ -80,7 +86,6 @@ private Q_SLOTS:
         toggle->click();
         QVERIFY(!toggle->isChecked());
         QVERIFY(status->isVisibleTo(&view));
-        QCOMPARE(status->status().kind, SettingsStatus::Kind::error);
         QCOMPARE(status->accessibleName(),
                  QStringLiteral("Error. macOS couldn’t update the Login Item. Launch at login "
                                 "needs a signed copy in Applications."));
@@ -96,18 +101,17 @@ private Q_SLOTS:
         UpdaterController updater{QString(), QString()};
         SettingsView view(items, updater, {});
         view.show();
-        QVERIFY(launchToggle(view)->isVisibleTo(&view));
+        QVERIFY(checkBox(view, launch)->isVisibleTo(&view));
         view.hide();
         items.current = LoginItemStatus::requiresApproval;
         view.show();
-        QVERIFY(!launchToggle(view)->isVisibleTo(&view));
+        QVERIFY(!checkBox(view, launch)->isVisibleTo(&view));
         QPushButton* approve = button(view, QStringLiteral("Open Login Items Settings…"));
         QVERIFY(approve && approve->isVisibleTo(&view));
         approve->click();
         QCOMPARE(items.opened, 1);
         QVERIFY(showsText(view, QStringLiteral("Approve Scrivel in Login Items.")));
         QVERIFY(showsText(view, view.generalModel().footerText()));
-        QVERIFY(view.generalModel().footerText().startsWith("Approve Scrivel under Login Items"));
     }
 
     void updatesSectionFollowsTheConfiguration() {
@@ -115,28 +119,21 @@ private Q_SLOTS:
         UpdaterController unconfigured{QString(), QString()};
         SettingsView plain(items, unconfigured, {});
         plain.show();
-        QVERIFY(showsText(plain, QStringLiteral("Not configured in this development build")));
+        QVERIFY(showsText(plain, notConfigured));
         QVERIFY(!button(plain, QStringLiteral("Check for Updates…")));
 
-        FakeFramework* framework = nullptr;
+        bool automatic = true; // the framework's stored preference
         UpdaterController configured(QStringLiteral("https://updates.scrivel.app/appcast.xml"),
                                      QStringLiteral("AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8="),
-                                     [&framework] {
-                                         auto made = std::make_unique<FakeFramework>();
-                                         framework = made.get();
-                                         return made;
-                                     });
+                                     [&] { return std::make_unique<FakeFramework>(automatic); });
         configured.startIfConfigured();
         SettingsView view(items, configured, {});
         view.show();
-        QVERIFY(!showsText(view, QStringLiteral("Not configured in this development build")));
-        QCheckBox* automatic = nullptr;
-        for (QCheckBox* box : view.findChildren<QCheckBox*>())
-            if (box->text() == QStringLiteral("Check for updates automatically"))
-                automatic = box;
-        QVERIFY(automatic && automatic->isChecked()); // the framework's stored preference
-        automatic->click();
-        QVERIFY(!framework->automatic);
+        QVERIFY(!showsText(view, notConfigured));
+        QCheckBox* box = checkBox(view, QStringLiteral("Check for updates automatically"));
+        QVERIFY(box->isChecked());
+        box->click();
+        QVERIFY(!automatic);
         QVERIFY(button(view, QStringLiteral("Check for Updates…"))->isEnabled());
     }
 };

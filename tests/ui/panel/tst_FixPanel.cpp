@@ -25,23 +25,200 @@ class FixPanelTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void returnKeys_data();
-    void returnKeys();
-    void controlsFollowTheRun();
-    void streamedTextAppearsAndStaysAtTheEnd();
-    void escapeCancelsARunThenHides();
-    void focusLossHidesUnlessWorking_data();
-    void focusLossHidesUnlessWorking();
-    void ctrlDigitsReachTheFirstNinePresets();
-    void heightFollowsTheLineRule_data();
-    void heightFollowsTheLineRule();
-    void hintNamesTheShortcutOnlyWhenAsked();
+    void init() {
+        m_settings = std::make_unique<InMemorySettingsStore>();
+        m_presets = std::make_unique<PresetStore>(*m_settings);
+        m_presets->seedIfEmpty(false);
+        m_presets->activate(m_presets->presets()[1].id); // no edit validation
+        m_fake = std::make_unique<FakeTransformer>();
+        m_coordinator = std::make_unique<RewriteCoordinator>(*m_fake);
+        m_copied.clear();
+        m_controller = std::make_unique<FixPanelController>(
+            *m_presets, *m_coordinator, [] {},
+            [this](const QString& text) {
+                m_copied << text;
+                return true;
+            });
+    }
+
+    void cleanup() { m_controller.reset(); }
+
+    void returnKeys_data() {
+        QTest::addColumn<int>("modifiers");
+        QTest::addColumn<bool>("submits");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("Return") << int(Qt::NoModifier) << true << QStringLiteral("teh cat");
+        QTest::newRow("Shift+Return")
+            << int(Qt::ShiftModifier) << false << QStringLiteral("teh cat\n");
+        QTest::newRow("Ctrl+Return")
+            << int(Qt::ControlModifier) << false << QStringLiteral("teh cat");
+    }
+    void returnKeys() {
+        QFETCH(int, modifiers);
+        QFETCH(bool, submits);
+        QFETCH(QString, text);
+        show(QStringLiteral("teh cat"));
+        QTest::keyClick(&editor(), Qt::Key_Return, Qt::KeyboardModifiers(modifiers));
+        QCOMPARE(m_fake->calls.size(), submits ? 1 : 0);
+        QCOMPARE(submits ? m_fake->last().text : m_controller->model().text(), text);
+    }
+
+    void controlsFollowTheRun() {
+        show();
+        FixPanelControlsRow& controls = *view().controls();
+        QVERIFY(!controls.runButton()->isEnabled()); // empty text
+        QTest::keyClicks(&editor(), QStringLiteral("teh cat"));
+        QVERIFY(controls.runButton()->isEnabled());
+
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        QVERIFY(!editor().isEnabled());
+        QVERIFY(!controls.picker()->isEnabled());
+        QVERIFY(controls.runButton()->isHidden());
+        QVERIFY(button(QStringLiteral("Cancel"))->isVisible());
+
+        m_fake->complete(QStringLiteral("The cat"));
+        QTRY_COMPARE(m_copied, QStringList{QStringLiteral("The cat")});
+        QTRY_VERIFY(editor().isEnabled());
+        QVERIFY(view().outcome()->isVisible());
+        QCOMPARE(view().outcome()->status(), SettingsStatus::success(QStringLiteral(
+                                                 "Copied. Press Ctrl+V to replace your text.")));
+        QPushButton* revert = button(QStringLiteral("Revert"));
+        QVERIFY(revert->isVisible());
+
+        // Typing after a result returns to input: the outcome and Revert go.
+        QTest::keyClicks(&editor(), QStringLiteral("!"));
+        QVERIFY(!view().outcome()->isVisible());
+        QVERIFY(!revert->isVisible());
+    }
+
+    void streamedTextAppearsAndStaysAtTheEnd() {
+        show(QString(2000, u'x'));
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        QStringList partials;
+        QString reply;
+        for (int i = 0; i < 200; ++i) {
+            reply += QStringLiteral("line %1\n").arg(i);
+            partials << reply;
+        }
+        m_fake->partials(partials);
+        QTRY_COMPARE(m_controller->model().text(), reply);
+        view().flushText();
+        QCOMPARE(editor().exactText(), reply);
+        QTRY_COMPARE(editor().verticalScrollBar()->value(),
+                     editor().verticalScrollBar()->maximum());
+        QVERIFY(editor().verticalScrollBar()->maximum() > 0);
+    }
+
+    void escapeCancelsARunThenHides() {
+        show(QStringLiteral("teh cat"));
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        m_fake->partials({QStringLiteral("The")});
+        QTest::keyClick(m_controller->panel(), Qt::Key_Escape);
+        QCOMPARE(m_controller->model().stage(), PanelStage::input());
+        QCOMPARE(m_controller->model().text(), QStringLiteral("teh cat"));
+        // Shown in the field, not scrolled out of it.
+        QTRY_COMPARE(editor().exactText(), QStringLiteral("teh cat"));
+        QCOMPARE(editor().verticalScrollBar()->maximum(), 0);
+        QVERIFY(m_controller->isPanelVisible());
+
+        QTest::keyClick(m_controller->panel(), Qt::Key_Escape);
+        QVERIFY(!m_controller->isPanelVisible());
+        QCOMPARE(m_controller->model().text(), QString());
+    }
+
+    void focusLossHidesUnlessWorking_data() {
+        QTest::addColumn<bool>("working");
+        QTest::newRow("input") << false;
+        QTest::newRow("working") << true;
+    }
+    void focusLossHidesUnlessWorking() {
+        QFETCH(bool, working);
+        show(QStringLiteral("teh cat"));
+        if (working)
+            QTest::keyClick(&editor(), Qt::Key_Return);
+        QEvent deactivate(QEvent::WindowDeactivate);
+        QCoreApplication::sendEvent(m_controller->panel(), &deactivate);
+        QCOMPARE(m_controller->isPanelVisible(), working);
+        QCOMPARE(m_controller->model().text(), working ? QStringLiteral("teh cat") : QString());
+        QCOMPARE(m_controller->model().stage().kind,
+                 working ? PanelStage::Kind::working : PanelStage::Kind::input);
+    }
+
+    void ctrlDigitsReachTheFirstNinePresets() {
+        while (m_presets->presets().size() < 11) {
+            Preset preset = m_presets->presets().first();
+            preset.id = QUuid::createUuid();
+            preset.name = QStringLiteral("Preset %1").arg(m_presets->presets().size() + 1);
+            m_presets->add(preset);
+        }
+        show(QStringLiteral("teh cat"));
+        QCOMPARE(view().presetKeys().size(), 9);
+        QCOMPARE(view().controls()->picker()->count(), 11);
+
+        QTest::keyClick(m_controller->panel(), Qt::Key_9, Qt::ControlModifier);
+        QCOMPARE(m_presets->activePreset()->id, m_presets->presets()[8].id);
+        QTest::keyClick(m_controller->panel(), Qt::Key_3, Qt::ControlModifier);
+        QCOMPARE(m_presets->activePreset()->id, m_presets->presets()[2].id);
+        QCOMPARE(view().controls()->picker()->currentText(), m_presets->presets()[2].name);
+        QTest::keyClick(m_controller->panel(), Qt::Key_0, Qt::ControlModifier);
+        QCOMPARE(m_presets->activePreset()->id, m_presets->presets()[2].id);
+    }
+
+    void heightFollowsTheLineRule_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("lines");
+        QTest::newRow("empty") << QString() << 1;
+        QTest::newRow("three lines") << QStringLiteral("a\nb\nc") << 3;
+        QTest::newRow("long") << QString(5000, u'a') << 8;
+    }
+    void heightFollowsTheLineRule() {
+        QFETCH(QString, text);
+        QFETCH(int, lines);
+        show();
+        m_controller->model().setText(text);
+        view().flushText();
+        const int lineHeight = int(std::ceil(QFontMetricsF(editor().font()).lineSpacing()));
+        QCOMPARE(editor().height(), lineHeight * lines + 8);
+    }
+
+    void hintNamesTheShortcutOnlyWhenAsked() {
+        std::optional<QString> shortcut = QStringLiteral("Ctrl+Alt+Return");
+        m_controller->setShortcutText([&shortcut] { return shortcut; });
+        m_controller->presentCentered(QStringLiteral("This sentense has a typo."));
+        QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
+        QCOMPARE(m_controller->model().text(), QStringLiteral("This sentense has a typo."));
+        QVERIFY(view().hint()->isVisible());
+        QCOMPARE(view().hint()->text(),
+                 QStringLiteral("Press Ctrl+Alt+Return anywhere to open Scrivel."));
+
+        shortcut.reset(); // the shortcut was removed in the settings
+        m_controller->refreshShortcutHint();
+        QVERIFY(!view().hint()->isVisible());
+
+        // Opened by the shortcut, the hint stays off.
+        shortcut = QStringLiteral("Ctrl+Alt+Return");
+        m_controller->toggle();
+        m_controller->toggle();
+        QVERIFY(m_controller->isPanelVisible());
+        QVERIFY(!view().hint()->isVisible());
+    }
 
 private:
-    void show(const QString& text = {});
+    void show(const QString& text = {}) {
+        m_controller->present(QPoint(200, 200));
+        QVERIFY(QTest::qWaitForWindowActive(m_controller->panel()));
+        if (!text.isEmpty())
+            QTest::keyClicks(&editor(), text);
+        QTRY_VERIFY(editor().hasFocus());
+    }
+
     FixPanelView& view() { return *m_controller->view(); }
+    QPushButton* button(const QString& text) {
+        for (QPushButton* button : view().controls()->findChildren<QPushButton*>())
+            if (button->text() == text)
+                return button;
+        return nullptr;
+    }
     PanelTextEditor& editor() { return *view().editor(); }
 
     std::unique_ptr<InMemorySettingsStore> m_settings;
@@ -51,207 +228,6 @@ private:
     std::unique_ptr<FixPanelController> m_controller;
     QStringList m_copied;
 };
-
-void FixPanelTest::init() {
-    m_settings = std::make_unique<InMemorySettingsStore>();
-    m_presets = std::make_unique<PresetStore>(*m_settings);
-    m_presets->seedIfEmpty(false);
-    m_presets->activate(m_presets->presets()[1].id); // no edit validation
-    m_fake = std::make_unique<FakeTransformer>();
-    m_coordinator = std::make_unique<RewriteCoordinator>(*m_fake);
-    m_copied.clear();
-    m_controller = std::make_unique<FixPanelController>(
-        *m_presets, *m_coordinator, [] {},
-        [this](const QString& text) {
-            m_copied << text;
-            return true;
-        });
-}
-
-void FixPanelTest::cleanup() {
-    m_controller.reset();
-}
-
-void FixPanelTest::show(const QString& text) {
-    m_controller->present(QPoint(200, 200));
-    QVERIFY(QTest::qWaitForWindowActive(m_controller->panel()));
-    if (!text.isEmpty())
-        QTest::keyClicks(&editor(), text);
-    QTRY_VERIFY(editor().hasFocus());
-}
-
-void FixPanelTest::returnKeys_data() {
-    QTest::addColumn<int>("modifiers");
-    QTest::addColumn<bool>("submits");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("Return") << int(Qt::NoModifier) << true << QStringLiteral("teh cat");
-    QTest::newRow("Shift+Return") << int(Qt::ShiftModifier) << false << QStringLiteral("teh cat\n");
-    QTest::newRow("Ctrl+Return") << int(Qt::ControlModifier) << false << QStringLiteral("teh cat");
-}
-
-void FixPanelTest::returnKeys() {
-    QFETCH(int, modifiers);
-    QFETCH(bool, submits);
-    QFETCH(QString, text);
-    show(QStringLiteral("teh cat"));
-    QTest::keyClick(&editor(), Qt::Key_Return, Qt::KeyboardModifiers(modifiers));
-    QCOMPARE(m_fake->calls.size(), submits ? 1 : 0);
-    if (submits)
-        QCOMPARE(m_fake->last().text, text);
-    else
-        QCOMPARE(m_controller->model().text(), text);
-}
-
-void FixPanelTest::controlsFollowTheRun() {
-    show();
-    FixPanelControlsRow& controls = *view().controls();
-    QVERIFY(!controls.runButton()->isEnabled()); // empty text
-    QTest::keyClicks(&editor(), QStringLiteral("teh cat"));
-    QVERIFY(controls.runButton()->isEnabled());
-
-    QTest::keyClick(&editor(), Qt::Key_Return);
-    QVERIFY(!editor().isEnabled());
-    QVERIFY(!controls.picker()->isEnabled());
-    QVERIFY(controls.runButton()->isHidden());
-    QPushButton* cancel = nullptr;
-    for (QPushButton* button : controls.findChildren<QPushButton*>())
-        if (button->text() == QStringLiteral("Cancel"))
-            cancel = button;
-    QVERIFY(cancel && cancel->isVisible());
-
-    m_fake->complete(QStringLiteral("The cat"));
-    QTRY_COMPARE(m_copied, QStringList{QStringLiteral("The cat")});
-    QTRY_VERIFY(editor().isEnabled());
-    QVERIFY(view().outcome()->isVisible());
-    QCOMPARE(view().outcome()->status(),
-             SettingsStatus::success(QStringLiteral("Copied. Press Ctrl+V to replace your text.")));
-    QCOMPARE(view().outcome()->accessibleName(),
-             QStringLiteral("Success. Copied. Press Ctrl+V to replace your text."));
-    QPushButton* revert = nullptr;
-    for (QPushButton* button : controls.findChildren<QPushButton*>())
-        if (button->text() == QStringLiteral("Revert"))
-            revert = button;
-    QVERIFY(revert && revert->isVisible());
-
-    // Typing after a result returns to input: the outcome and Revert go.
-    QTest::keyClicks(&editor(), QStringLiteral("!"));
-    QVERIFY(!view().outcome()->isVisible());
-    QVERIFY(!revert->isVisible());
-}
-
-void FixPanelTest::streamedTextAppearsAndStaysAtTheEnd() {
-    show(QString(2000, u'x'));
-    QTest::keyClick(&editor(), Qt::Key_Return);
-    QStringList partials;
-    QString reply;
-    for (int i = 0; i < 200; ++i) {
-        reply += QStringLiteral("line %1\n").arg(i);
-        partials << reply;
-    }
-    m_fake->partials(partials);
-    QTRY_COMPARE(m_controller->model().text(), reply);
-    view().flushText();
-    QCOMPARE(editor().exactText(), reply);
-    QTRY_COMPARE(editor().verticalScrollBar()->value(), editor().verticalScrollBar()->maximum());
-    QVERIFY(editor().verticalScrollBar()->maximum() > 0);
-}
-
-void FixPanelTest::escapeCancelsARunThenHides() {
-    show(QStringLiteral("teh cat"));
-    QTest::keyClick(&editor(), Qt::Key_Return);
-    m_fake->partials({QStringLiteral("The")});
-    QTest::keyClick(m_controller->panel(), Qt::Key_Escape);
-    QCOMPARE(m_controller->model().stage(), PanelStage::input());
-    QCOMPARE(m_controller->model().text(), QStringLiteral("teh cat"));
-    // Shown in the field, not scrolled out of it.
-    QTRY_COMPARE(editor().exactText(), QStringLiteral("teh cat"));
-    QCOMPARE(editor().verticalScrollBar()->maximum(), 0);
-    QVERIFY(m_controller->isPanelVisible());
-
-    QTest::keyClick(m_controller->panel(), Qt::Key_Escape);
-    QVERIFY(!m_controller->isPanelVisible());
-    QCOMPARE(m_controller->model().text(), QString());
-}
-
-void FixPanelTest::focusLossHidesUnlessWorking_data() {
-    QTest::addColumn<bool>("working");
-    QTest::newRow("input") << false;
-    QTest::newRow("working") << true;
-}
-
-void FixPanelTest::focusLossHidesUnlessWorking() {
-    QFETCH(bool, working);
-    show(QStringLiteral("teh cat"));
-    if (working)
-        QTest::keyClick(&editor(), Qt::Key_Return);
-    QEvent deactivate(QEvent::WindowDeactivate);
-    QCoreApplication::sendEvent(m_controller->panel(), &deactivate);
-    QCOMPARE(m_controller->isPanelVisible(), working);
-    QCOMPARE(m_controller->model().text(), working ? QStringLiteral("teh cat") : QString());
-    QCOMPARE(m_controller->model().stage().kind,
-             working ? PanelStage::Kind::working : PanelStage::Kind::input);
-}
-
-void FixPanelTest::ctrlDigitsReachTheFirstNinePresets() {
-    while (m_presets->presets().size() < 11) {
-        Preset preset = m_presets->presets().first();
-        preset.id = QUuid::createUuid();
-        preset.name = QStringLiteral("Preset %1").arg(m_presets->presets().size() + 1);
-        m_presets->add(preset);
-    }
-    show(QStringLiteral("teh cat"));
-    QCOMPARE(view().presetKeys().size(), 9);
-    QCOMPARE(view().controls()->picker()->count(), 11);
-
-    QTest::keyClick(m_controller->panel(), Qt::Key_9, Qt::ControlModifier);
-    QCOMPARE(m_presets->activePreset()->id, m_presets->presets()[8].id);
-    QTest::keyClick(m_controller->panel(), Qt::Key_3, Qt::ControlModifier);
-    QCOMPARE(m_presets->activePreset()->id, m_presets->presets()[2].id);
-    QCOMPARE(view().controls()->picker()->currentText(), m_presets->presets()[2].name);
-    QTest::keyClick(m_controller->panel(), Qt::Key_0, Qt::ControlModifier);
-    QCOMPARE(m_presets->activePreset()->id, m_presets->presets()[2].id);
-}
-
-void FixPanelTest::heightFollowsTheLineRule_data() {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("lines");
-    QTest::newRow("empty") << QString() << 1;
-    QTest::newRow("104 bytes") << QString(104, u'a') << 3;
-    QTest::newRow("three lines") << QStringLiteral("a\nb\nc") << 3;
-    QTest::newRow("long") << QString(5000, u'a') << 8;
-}
-
-void FixPanelTest::heightFollowsTheLineRule() {
-    QFETCH(QString, text);
-    QFETCH(int, lines);
-    show();
-    m_controller->model().setText(text);
-    view().flushText();
-    const int lineHeight = int(std::ceil(QFontMetricsF(editor().font()).lineSpacing()));
-    QCOMPARE(editor().height(), lineHeight * lines + 8);
-}
-
-void FixPanelTest::hintNamesTheShortcutOnlyWhenAsked() {
-    std::optional<QString> shortcut = QStringLiteral("Ctrl+Alt+Return");
-    m_controller->setShortcutText([&shortcut] { return shortcut; });
-    m_controller->presentCentered(QStringLiteral("This sentense has a typo."));
-    QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
-    QCOMPARE(m_controller->model().text(), QStringLiteral("This sentense has a typo."));
-    QVERIFY(view().hint()->isVisible());
-    QCOMPARE(view().hint()->text(),
-             QStringLiteral("Press Ctrl+Alt+Return anywhere to open Scrivel."));
-
-    shortcut.reset(); // the shortcut was removed in the settings
-    m_controller->refreshShortcutHint();
-    QVERIFY(!view().hint()->isVisible());
-
-    // Opened by the shortcut, the hint stays off.
-    shortcut = QStringLiteral("Ctrl+Alt+Return");
-    m_controller->toggle();
-    m_controller->toggle();
-    QVERIFY(m_controller->isPanelVisible());
-    QVERIFY(!view().hint()->isVisible());
-}
 
 QTEST_MAIN(FixPanelTest)
 #include "tst_FixPanel.moc"
