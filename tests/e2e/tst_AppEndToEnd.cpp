@@ -1,4 +1,4 @@
-#include "presets/PresetPackDocument.h"
+#include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
 
 #include <QDBusInterface>
@@ -21,24 +21,29 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
-    void firstLaunchShowsTheCentredPanelOnce();
-    void toggleHidesAndShowsThePanel();
-    void rewriteStreamsAndCopiesTheResult();
+    void panelOpensCentredOnceThenFollowsThePointer();
     void secondStartLeavesOneInstance();
     void noDisplayIsOneClearLine();
     void aDayWithTheTray();
 
 private:
-    QProcessEnvironment environment() const;
     void startApp();
     void stopApp();
-    QByteArray tool(const QString& program, const QStringList& arguments, int* exitCode = nullptr);
+    test::ProcessRun run(const QString& program, const QStringList& arguments) {
+        return test::runProcess(program, arguments, m_env, {}, 10000);
+    }
+    QByteArray xdotool(const QStringList& arguments) { return run("xdotool", arguments).out; }
+    QByteArray clipboard(const QString& target = QStringLiteral("UTF8_STRING")) {
+        return run("xclip", {"-o", "-selection", "clipboard", "-t", target}).out;
+    }
+    void typeAndSend(const QString& text);
     // The visible panel window's geometry, or an empty rectangle.
-    QRect visiblePanel();
+    QRect visiblePanel() {
+        return test::visibleWindows({"--name", "^Scrivel Panel$"}).value(0).geometry;
+    }
     // Whether a visible "Scrivel" window is at least as wide as the main
     // window's minimum (the panel is narrower).
     bool mainWindowVisible();
-    void addLocalPreset();
     // The tray item's state as the app publishes it on the session bus.
     QString trayProperty(const char* name);
     // Opens the tray menu and walks it with the keyboard.
@@ -47,6 +52,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<ScriptedHttpServer> m_server;
     std::unique_ptr<QProcess> m_app;
+    QProcessEnvironment m_env;
 };
 
 void AppEndToEndTest::initTestCase() {
@@ -60,6 +66,7 @@ void AppEndToEndTest::initTestCase() {
 
 void AppEndToEndTest::init() {
     m_home = std::make_unique<QTemporaryDir>();
+    m_env = test::scrivelEnvironment(m_home->path());
     m_server = std::make_unique<ScriptedHttpServer>();
     QVERIFY(m_server->start());
 }
@@ -68,33 +75,19 @@ void AppEndToEndTest::cleanup() {
     stopApp();
 }
 
-QProcessEnvironment AppEndToEndTest::environment() const {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home->filePath(QStringLiteral("config")));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), m_home->filePath(QStringLiteral("data")));
-    env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
-    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    env.remove(QStringLiteral("http_proxy"));
-    env.remove(QStringLiteral("HTTP_PROXY"));
-    return env;
-}
-
 void AppEndToEndTest::startApp() {
     m_app = std::make_unique<QProcess>();
-    m_app->setProcessEnvironment(environment());
+    m_app->setProcessEnvironment(m_env);
     m_app->setProcessChannelMode(QProcess::ForwardedChannels);
     m_app->start(QStringLiteral(SCRIVEL_APP_PATH), {});
     QVERIFY(m_app->waitForStarted());
     // Up once it owns its name on the session bus.
     QVERIFY(QTest::qWaitFor(
         [this] {
-            int code = -1;
-            tool(QStringLiteral("dbus-send"),
-                 {"--session", "--print-reply", "--dest=org.freedesktop.DBus",
-                  "/org/freedesktop/DBus", "org.freedesktop.DBus.GetNameOwner",
-                  "string:com.scrivel.app"},
-                 &code);
-            return code == 0;
+            return run("dbus-send", {"--session", "--print-reply", "--dest=org.freedesktop.DBus",
+                                     "/org/freedesktop/DBus", "org.freedesktop.DBus.GetNameOwner",
+                                     "string:com.scrivel.app"})
+                       .exitCode == 0;
         },
         10000));
 }
@@ -108,163 +101,15 @@ void AppEndToEndTest::stopApp() {
     m_app->waitForFinished(2000);
 }
 
-QByteArray AppEndToEndTest::tool(const QString& program, const QStringList& arguments,
-                                 int* exitCode) {
-    QProcess process;
-    process.setProcessEnvironment(environment());
-    process.start(program, arguments);
-    // The loopback server lives in this process: keep the event loop turning.
-    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 10000))
-        process.kill();
-    process.waitForFinished(1000);
-    if (exitCode)
-        *exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    return process.readAllStandardOutput();
-}
-
-QRect AppEndToEndTest::visiblePanel() {
-    const QByteArray ids =
-        tool(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--name", "^Scrivel Panel$"});
-    const QByteArray id = ids.trimmed().split('\n').value(0);
-    if (id.isEmpty())
-        return {};
-    const QByteArray shell =
-        tool(QStringLiteral("xdotool"), {"getwindowgeometry", "--shell", QString::fromLatin1(id)});
-    QHash<QByteArray, int> values;
-    for (const QByteArray& line : shell.split('\n')) {
-        const QList<QByteArray> pair = line.split('=');
-        if (pair.size() == 2)
-            values.insert(pair[0], pair[1].toInt());
-    }
-    return QRect(values.value("X"), values.value("Y"), values.value("WIDTH"),
-                 values.value("HEIGHT"));
+void AppEndToEndTest::typeAndSend(const QString& text) {
+    xdotool({"key", "ctrl+a", "BackSpace"});
+    xdotool({"type", "--delay", "5", text});
+    xdotool({"key", "Return"});
 }
 
 bool AppEndToEndTest::mainWindowVisible() {
-    const QByteArray ids =
-        tool(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--name", "^Scrivel$"});
-    for (const QByteArray& id : ids.trimmed().split('\n')) {
-        if (id.isEmpty())
-            continue;
-        const QByteArray shell = tool(QStringLiteral("xdotool"),
-                                      {"getwindowgeometry", "--shell", QString::fromLatin1(id)});
-        for (const QByteArray& line : shell.split('\n')) {
-            if (line.startsWith("WIDTH=") && line.mid(6).toInt() >= 720)
-                return true;
-        }
-    }
-    return false;
-}
-
-void AppEndToEndTest::addLocalPreset() {
-    PresetPackDocument pack;
-    pack.name = QStringLiteral("Local");
-    PresetPackItem item;
-    item.name = QStringLiteral("Local");
-    item.providerID = QStringLiteral("custom");
-    item.customBaseURL = m_server->url(QStringLiteral("/v1")).toString();
-    item.model = QStringLiteral("local-model");
-    item.instructions = QStringLiteral("Fix it.");
-    pack.presets = {item};
-    const QString path = m_home->filePath(QStringLiteral("local.scrivel.json"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(*pack.encode());
-    file.close();
-    int code = -1;
-    tool(QStringLiteral(SCRIVEL_CLI_PATH), {"presets", "import", path}, &code);
-    QCOMPARE(code, 0);
-    tool(QStringLiteral(SCRIVEL_CLI_PATH), {"presets", "use", "Local"}, &code);
-    QCOMPARE(code, 0);
-}
-
-void AppEndToEndTest::firstLaunchShowsTheCentredPanelOnce() {
-    startApp();
-    QRect panel;
-    QVERIFY(QTest::qWaitFor([&] { return !(panel = visiblePanel()).isEmpty(); }, 10000));
-    // Centred: 24 px left of the middle, 12 px below a line 15 % of the
-    // screen's height above the middle (scripts/test's screen is 1280 × 800).
-    QCOMPARE(panel.x(), 1280 / 2 - 24);
-    QCOMPARE(panel.y(), 800 / 2 - 120 + 12);
-    QCOMPARE(panel.width(), 440);
-    // The sample text is in the focused field.
-    tool(QStringLiteral("xdotool"), {"key", "ctrl+a", "ctrl+c"});
-    QTRY_COMPARE(tool(QStringLiteral("xclip"), {"-o", "-selection", "clipboard"}),
-                 QByteArray("This sentense has a typo."));
-
-    stopApp();
-    startApp();
-    QTest::qWait(1500);
-    QVERIFY(visiblePanel().isEmpty());
-}
-
-void AppEndToEndTest::toggleHidesAndShowsThePanel() {
-    startApp();
-    QVERIFY(QTest::qWaitFor([&] { return !visiblePanel().isEmpty(); }, 10000));
-    int code = -1;
-    tool(QStringLiteral(SCRIVEL_APP_PATH), {"--toggle"}, &code);
-    QCOMPARE(code, 0);
-    QTRY_VERIFY(visiblePanel().isEmpty());
-
-    tool(QStringLiteral("xdotool"), {"mousemove", "300", "200"});
-    tool(QStringLiteral(SCRIVEL_APP_PATH), {"--toggle"}, &code);
-    QCOMPARE(code, 0);
-    QRect panel;
-    QVERIFY(QTest::qWaitFor([&] { return !(panel = visiblePanel()).isEmpty(); }, 5000));
-    QCOMPARE(panel.topLeft(), QPoint(300 - 24, 200 + 12));
-}
-
-void AppEndToEndTest::rewriteStreamsAndCopiesTheResult() {
-    addLocalPreset();
-    m_server->setHandler([](const auto&) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat ") +
-                                                   ScriptedHttpServer::dataLine("sat."),
-                                               true, 16, 30);
-    });
-    startApp();
-    QVERIFY(QTest::qWaitFor([&] { return !visiblePanel().isEmpty(); }, 10000));
-    tool(QStringLiteral("xdotool"), {"key", "ctrl+a", "BackSpace"});
-    tool(QStringLiteral("xdotool"), {"type", "--delay", "5", "teh cat sat"});
-    tool(QStringLiteral("xdotool"), {"key", "Return"});
-    QTRY_COMPARE_WITH_TIMEOUT(m_server->requests().size(), 1, 10000);
-    QVERIFY(m_server->requests()[0].body.contains("teh cat sat"));
-    QTRY_COMPARE_WITH_TIMEOUT(tool(QStringLiteral("xclip"), {"-o", "-selection", "clipboard"}),
-                              QByteArray("The cat sat."), 10000);
-    // Concealed from clipboard history.
-    const QByteArray targets =
-        tool(QStringLiteral("xclip"), {"-o", "-selection", "clipboard", "-t", "TARGETS"});
-    QVERIFY(targets.contains("x-kde-passwordManagerHint"));
-    QVERIFY(!visiblePanel().isEmpty());
-}
-
-void AppEndToEndTest::secondStartLeavesOneInstance() {
-    startApp();
-    int code = -1;
-    QElapsedTimer clock;
-    clock.start();
-    tool(QStringLiteral(SCRIVEL_APP_PATH), {}, &code);
-    QCOMPARE(code, 0);
-    QVERIFY(clock.elapsed() < 5000);
-    QCOMPARE(m_app->state(), QProcess::Running);
-    // The running one answers by opening its main window on the presets.
-    QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
-}
-
-void AppEndToEndTest::noDisplayIsOneClearLine() {
-    QProcess process;
-    QProcessEnvironment env = environment();
-    env.remove(QStringLiteral("DISPLAY"));
-    env.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    process.setProcessEnvironment(env);
-    process.start(QStringLiteral(SCRIVEL_APP_PATH), {});
-    QVERIFY(process.waitForFinished(5000));
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(process.exitCode(), 1);
-    const QByteArray err = process.readAllStandardError();
-    QCOMPARE(err.count('\n'), 1);
-    QVERIFY(err.startsWith("scrivel: no display found"));
-    // Nothing written: no settings were created.
-    QVERIFY(!QFile::exists(m_home->filePath(QStringLiteral("config/Scrivel/Scrivel.conf"))));
+    const auto windows = test::visibleWindows({"--name", "^Scrivel$"});
+    return std::ranges::any_of(windows, [](const auto& w) { return w.geometry.width() >= 720; });
 }
 
 QString AppEndToEndTest::trayProperty(const char* name) {
@@ -276,23 +121,66 @@ QString AppEndToEndTest::trayProperty(const char* name) {
 
 void AppEndToEndTest::chooseFromTrayMenu(const QStringList& keys) {
     // The icon is the app's small window docked in the tray.
-    QByteArray icon;
-    const QByteArray ids = tool(QStringLiteral("xdotool"), {"search", "--onlyvisible", "--pid",
-                                                            QString::number(m_app->processId())});
-    for (const QByteArray& id : ids.trimmed().split('\n')) {
-        const QByteArray shell = tool(QStringLiteral("xdotool"),
-                                      {"getwindowgeometry", "--shell", QString::fromLatin1(id)});
-        if (shell.contains("WIDTH=2") && shell.contains("HEIGHT=2"))
-            icon = id;
+    QString icon;
+    for (const auto& window :
+         test::visibleWindows({"--pid", QString::number(m_app->processId())})) {
+        if (window.geometry.width() < 64 && window.geometry.height() < 64)
+            icon = window.id;
     }
     QVERIFY2(!icon.isEmpty(), "no tray icon");
-    tool(QStringLiteral("xdotool"),
-         {"mousemove", "--window", QString::fromLatin1(icon), "10", "10", "click", "1"});
+    xdotool({"mousemove", "--window", icon, "10", "10", "click", "1"});
     QTest::qWait(500);
     for (const QString& key : keys) {
-        tool(QStringLiteral("xdotool"), {"key", key});
+        xdotool({"key", key});
         QTest::qWait(150);
     }
+}
+
+void AppEndToEndTest::panelOpensCentredOnceThenFollowsThePointer() {
+    startApp();
+    QRect panel;
+    QVERIFY(QTest::qWaitFor([&] { return !(panel = visiblePanel()).isEmpty(); }, 10000));
+    // Centred: 24 px left of the middle, 12 px below a line 15 % of the
+    // screen's height above the middle (scripts/test's screen is 1280 × 800).
+    QCOMPARE(panel, QRect(1280 / 2 - 24, 800 / 2 - 120 + 12, 440, panel.height()));
+    // The sample text is in the focused field.
+    xdotool({"key", "ctrl+a", "ctrl+c"});
+    QTRY_COMPARE(clipboard(), QByteArray("This sentense has a typo."));
+
+    QCOMPARE(run(SCRIVEL_APP_PATH, {"--toggle"}).exitCode, 0);
+    QTRY_VERIFY(visiblePanel().isEmpty());
+    xdotool({"mousemove", "300", "200"});
+    QCOMPARE(run(SCRIVEL_APP_PATH, {"--toggle"}).exitCode, 0);
+    QVERIFY(QTest::qWaitFor([&] { return !(panel = visiblePanel()).isEmpty(); }, 5000));
+    QCOMPARE(panel.topLeft(), QPoint(300 - 24, 200 + 12));
+
+    // The welcome is shown once: not on the next start.
+    stopApp();
+    startApp();
+    QTest::qWait(1500);
+    QVERIFY(visiblePanel().isEmpty());
+}
+
+void AppEndToEndTest::secondStartLeavesOneInstance() {
+    startApp();
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(run(SCRIVEL_APP_PATH, {}).exitCode, 0);
+    QVERIFY(clock.elapsed() < 5000);
+    QCOMPARE(m_app->state(), QProcess::Running);
+    // The running one answers by opening its main window on the presets.
+    QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
+}
+
+void AppEndToEndTest::noDisplayIsOneClearLine() {
+    m_env.remove(QStringLiteral("DISPLAY"));
+    m_env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    const test::ProcessRun started = run(SCRIVEL_APP_PATH, {});
+    QCOMPARE(started.exitCode, 1);
+    QCOMPARE(started.err.count('\n'), 1);
+    QVERIFY(started.err.startsWith("scrivel: no display found"));
+    // Nothing written: no settings were created.
+    QVERIFY(!QFile::exists(m_home->filePath(QStringLiteral("config/Scrivel/Scrivel.conf"))));
 }
 
 void AppEndToEndTest::aDayWithTheTray() {
@@ -306,54 +194,55 @@ void AppEndToEndTest::aDayWithTheTray() {
         tray.kill();
         tray.waitForFinished(2000);
     });
-    addLocalPreset();
+    const QString pack =
+        test::writeLocalPresetPack(m_home->path(), m_server->url("/v1").toString());
+    QCOMPARE(run(SCRIVEL_CLI_PATH, {"presets", "import", pack}).exitCode, 0);
+    QCOMPARE(run(SCRIVEL_CLI_PATH, {"presets", "use", "Local"}).exitCode, 0);
     int calls = 0;
     m_server->setHandler([&calls](const auto&) {
-        if (++calls == 1)
-            return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat sat."),
-                                                   true);
-        return ScriptedHttpServer::status(500);
+        if (++calls > 1)
+            return ScriptedHttpServer::status(500);
+        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat ") +
+                                                   ScriptedHttpServer::dataLine("sat."),
+                                               true, 16, 30);
     });
     startApp();
     QTRY_COMPARE_WITH_TIMEOUT(trayProperty("Look"), QStringLiteral("wand"), 10000);
     QVERIFY(QTest::qWaitFor([&] { return !visiblePanel().isEmpty(); }, 10000));
 
-    // A rewrite: the result on the clipboard, "Complete" in the tray, then rest.
-    tool(QStringLiteral("xdotool"), {"key", "ctrl+a", "BackSpace"});
-    tool(QStringLiteral("xdotool"), {"type", "--delay", "5", "teh cat sat"});
-    tool(QStringLiteral("xdotool"), {"key", "Return"});
+    // A streamed rewrite: the result on the clipboard, concealed from
+    // clipboard history, "Complete" in the tray, then rest.
+    typeAndSend(QStringLiteral("teh cat sat"));
     QTRY_COMPARE_WITH_TIMEOUT(trayProperty("ToolTip"), QStringLiteral("Complete"), 10000);
+    QVERIFY(m_server->requests()[0].body.contains("teh cat sat"));
     QCOMPARE(trayProperty("Look"), QStringLiteral("checkMark"));
     QCOMPARE(trayProperty("StatusLine"), QStringLiteral("Status: Complete"));
-    QCOMPARE(tool(QStringLiteral("xclip"), {"-o", "-selection", "clipboard"}),
-             QByteArray("The cat sat."));
+    QCOMPARE(clipboard(), QByteArray("The cat sat."));
+    QVERIFY(clipboard(QStringLiteral("TARGETS")).contains("x-kde-passwordManagerHint"));
+    QVERIFY(!visiblePanel().isEmpty());
     QTRY_COMPARE_WITH_TIMEOUT(trayProperty("Look"), QStringLiteral("wand"), 5000);
     QTRY_COMPARE_WITH_TIMEOUT(trayProperty("ToolTip"), QStringLiteral("Scrivel"), 5000);
 
     // A failing provider: the triangle and its sentence.
-    tool(QStringLiteral("xdotool"), {"key", "ctrl+a", "BackSpace"});
-    tool(QStringLiteral("xdotool"), {"type", "--delay", "5", "teh dog"});
-    tool(QStringLiteral("xdotool"), {"key", "Return"});
+    typeAndSend(QStringLiteral("teh dog"));
     QTRY_COMPARE_WITH_TIMEOUT(trayProperty("Look"), QStringLiteral("triangle"), 10000);
     const QString message = trayProperty("ToolTip");
     QVERIFY(!message.isEmpty() && message != QStringLiteral("Scrivel"));
     QCOMPARE(trayProperty("StatusLine"), QStringLiteral("Status: ") + message);
-    tool(QStringLiteral("xdotool"), {"key", "Escape"});
+    xdotool({"key", "Escape"});
     QTRY_VERIFY(visiblePanel().isEmpty());
 
     // The preset submenu: Fix, Make Concise, Improve Prompt, Local.
     chooseFromTrayMenu({"Down", "Down", "Right", "Down", "Return"});
-    QTRY_VERIFY(tool(QStringLiteral(SCRIVEL_CLI_PATH), {"presets"})
-                    .split('\n')
-                    .value(1)
-                    .startsWith("* Make Concise"));
+    QTRY_VERIFY(
+        run(SCRIVEL_CLI_PATH, {"presets"}).out.split('\n').value(1).startsWith("* Make Concise"));
 
     // "Settings…" opens the main window.
     chooseFromTrayMenu({"Down", "Down", "Down", "Return"});
     QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
 
     // "Quit Scrivel" ends the process.
-    tool(QStringLiteral("xdotool"), {"key", "Escape"});
+    xdotool({"key", "Escape"});
     chooseFromTrayMenu({"Down", "Down", "Down", "Down", "Return"});
     QVERIFY(QTest::qWaitFor([this] { return m_app->state() == QProcess::NotRunning; }, 5000));
     QCOMPARE(m_app->exitStatus(), QProcess::NormalExit);

@@ -1,4 +1,5 @@
 #include "presets/PresetPackDocument.h"
+#include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
 
 #include <QProcess>
@@ -11,17 +12,10 @@
 #include <unistd.h>
 
 using namespace scrivel;
+using test::ProcessRun;
 using test::ScriptedHttpServer;
 
-namespace {
-
-struct Run {
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-} // namespace
+Q_DECLARE_METATYPE(ScriptedHttpServer::Response)
 
 // The real scrivel-cli binary against the loopback server, with its own
 // settings and key files.
@@ -30,16 +24,12 @@ class CliEndToEndTest : public QObject {
 
 private Q_SLOTS:
     void init();
-    void listsTheBuiltInsWithTheActiveOneMarked();
-    void streamedRewriteToStandardOutput();
-    void alreadyCleanPrintsTheInput();
-    void rejectedKeyUsesThePanelWording();
-    void missingKeyMakesNoConnection();
+    void rewrites_data();
+    void rewrites();
+    void statusAndKeysNameTheReasonAndNeverPrintTheKey();
     void listsModels();
-    void keysAreNeverPrinted();
     void interruptCancelsAStalledStream();
     void copyLeavesTheResultOnTheClipboard();
-    void copyWithoutADisplayStillSucceeds();
     void exportNeverOverwritesOrTakesAPresetForAFile();
     void presetNamesIgnoreCaseAndDuplicatesAreListed();
     void keyPromptRestoresTheTerminalWhenInterrupted();
@@ -47,148 +37,129 @@ private Q_SLOTS:
     void problemsNameTheirCause();
 
 private:
-    QProcessEnvironment environment(const QString& home) const;
-    Run cli(const QStringList& arguments, const QByteArray& input = {},
-            const QString& home = QString(),
-            const QProcessEnvironment& extra = QProcessEnvironment());
+    ProcessRun cli(const QStringList& arguments, const QByteArray& input = {}) {
+        return test::runProcess(QStringLiteral(SCRIVEL_CLI_PATH), arguments, m_env, input);
+    }
+    QString file(const QString& name, const QByteArray& content);
     void addLocalPreset();
 
     std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<ScriptedHttpServer> m_server;
+    QProcessEnvironment m_env;
 };
 
 void CliEndToEndTest::init() {
     m_home = std::make_unique<QTemporaryDir>();
+    m_env = test::scrivelEnvironment(m_home->path());
     m_server = std::make_unique<ScriptedHttpServer>();
     QVERIFY(m_server->start());
 }
 
-QProcessEnvironment CliEndToEndTest::environment(const QString& home) const {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    const QString root = home.isEmpty() ? m_home->path() : home;
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), root + QStringLiteral("/config"));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), root + QStringLiteral("/data"));
-    env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
-    // The clipboard helper needs the real display, not the test platform.
-    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    env.remove(QStringLiteral("http_proxy"));
-    env.remove(QStringLiteral("HTTP_PROXY"));
-    return env;
-}
-
-Run CliEndToEndTest::cli(const QStringList& arguments, const QByteArray& input, const QString& home,
-                         const QProcessEnvironment& extra) {
-    QProcess process;
-    QProcessEnvironment env = environment(home);
-    for (const QString& name : extra.keys()) {
-        if (extra.value(name).isEmpty())
-            env.remove(name);
-        else
-            env.insert(name, extra.value(name));
-    }
-    process.setProcessEnvironment(env);
-    process.start(QStringLiteral(SCRIVEL_CLI_PATH), arguments);
-    if (!process.waitForStarted())
+QString CliEndToEndTest::file(const QString& name, const QByteArray& content) {
+    QFile written(m_home->filePath(name));
+    if (!written.open(QIODevice::WriteOnly))
         return {};
-    process.write(input);
-    process.closeWriteChannel();
-    // The server lives in this process: keep its event loop turning.
-    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 20000))
-        process.kill();
-    Run run;
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.out = process.readAllStandardOutput();
-    run.err = process.readAllStandardError();
-    return run;
+    written.write(content);
+    return written.fileName();
 }
 
 void CliEndToEndTest::addLocalPreset() {
-    PresetPackDocument pack;
-    pack.name = QStringLiteral("Local");
-    PresetPackItem item;
-    item.name = QStringLiteral("Local");
-    item.providerID = QStringLiteral("custom");
-    item.customBaseURL = m_server->url(QStringLiteral("/v1")).toString();
-    item.model = QStringLiteral("local-model");
-    item.instructions = QStringLiteral("Fix it.");
-    pack.presets = {item};
-    const QString path = m_home->filePath(QStringLiteral("local.scrivel.json"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(*pack.encode());
-    file.close();
-    const Run imported = cli({"presets", "import", path});
-    QCOMPARE(imported.out, QByteArray("Imported 1 preset: 1 added, 0 replaced.\n"));
+    const QString path =
+        test::writeLocalPresetPack(m_home->path(), m_server->url(QStringLiteral("/v1")).toString());
+    QCOMPARE(cli({"presets", "import", path}).out,
+             QByteArray("Imported 1 preset: 1 added, 0 replaced.\n"));
     QCOMPARE(cli({"presets", "use", "Local"}).exitCode, 0);
 }
 
-void CliEndToEndTest::listsTheBuiltInsWithTheActiveOneMarked() {
-    const Run run = cli({"presets"});
-    QCOMPARE(run.exitCode, 0);
-    const QList<QByteArray> lines = run.out.trimmed().split('\n');
-    QCOMPARE(lines.size(), 3);
-    QVERIFY(lines[0].startsWith("* Fix\tGroq \xc2\xb7 openai/gpt-oss-120b\t"));
-    QVERIFY(lines[1].startsWith("  Make Concise\t"));
-}
-
-void CliEndToEndTest::streamedRewriteToStandardOutput() {
-    addLocalPreset();
-    m_server->setHandler([](const auto&) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat ") +
-                                                   ScriptedHttpServer::dataLine("sat."),
-                                               true, 11, 5);
-    });
-    const Run run = cli({"rewrite"}, "teh cat sat\n");
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, QByteArray("The cat sat.\n")); // piped: only the final text
-    QCOMPARE(m_server->requests().size(), 1);
-    QVERIFY(m_server->requests()[0].body.contains("teh cat sat\\n"));
-    QVERIFY(!m_server->requests()[0].headers.contains("authorization"));
-}
-
-void CliEndToEndTest::alreadyCleanPrintsTheInput() {
-    addLocalPreset();
-    m_server->setHandler([](const auto&) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Fine as is."), false);
-    });
-    const QString file = m_home->filePath(QStringLiteral("input.txt"));
-    QFile input(file);
-    QVERIFY(input.open(QIODevice::WriteOnly));
-    input.write("  Fine as is.\n");
-    input.close();
-    const Run run = cli({"rewrite", file});
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.out, QByteArray("  Fine as is.\n"));
-    QVERIFY(run.err.contains("No change needed."));
-}
-
-void CliEndToEndTest::rejectedKeyUsesThePanelWording() {
-    addLocalPreset();
-    m_server->setHandler([](const auto&) { return ScriptedHttpServer::status(401); });
-    const Run run = cli({"rewrite", "--preset", "Local"}, "text");
-    QCOMPARE(run.exitCode, 3);
-    QVERIFY(run.out.isEmpty());
+void CliEndToEndTest::rewrites_data() {
+    QTest::addColumn<ScriptedHttpServer::Response>("reply");
+    QTest::addColumn<QStringList>("arguments"); // FILE: a file holding the input
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("out");
+    QTest::addColumn<QByteArray>("err");
+    const auto stream = [](const QString& text) {
+        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine(text), false);
+    };
+    // Piped: only the final text, though it arrives in pieces.
+    QTest::newRow("streamed") << ScriptedHttpServer::eventStream(
+                                     ScriptedHttpServer::dataLine("The cat ") +
+                                         ScriptedHttpServer::dataLine("sat."),
+                                     true, 11, 5)
+                              << QStringList{"rewrite"} << QByteArray("teh cat sat\n") << 0
+                              << QByteArray("The cat sat.\n") << QByteArray();
+    QTest::newRow("already clean, from a file")
+        << stream("Fine as is.") << QStringList{"rewrite", "FILE"} << QByteArray("  Fine as is.\n")
+        << 0 << QByteArray("  Fine as is.\n") << QByteArray("No change needed.\n");
     // The app's sentence, then the command that fixes it.
-    QCOMPARE(run.err, "API key was rejected. Check it in Presets.\nSave a key with: scrivel-cli "
-                      "key set custom --base-url " +
-                          m_server->url(QStringLiteral("/v1")).toEncoded() + "\n");
+    QTest::newRow("rejected key")
+        << ScriptedHttpServer::status(401) << QStringList{"rewrite", "--preset", "Local"}
+        << QByteArray("text") << 3 << QByteArray()
+        << QByteArray("API key was rejected. Check it in Presets.\nSave a key with: scrivel-cli "
+                      "key set custom --base-url URL\n");
+    // An empty reply: no request may reach the server.
+    QTest::newRow("missing key: no connection")
+        << ScriptedHttpServer::Response() << QStringList{"rewrite", "--preset", "make concise"}
+        << QByteArray("text") << 3 << QByteArray()
+        << QByteArray("Connect this preset to a provider in Presets\n"
+                      "Save a key with: scrivel-cli key set groq\n");
+    // The result is printed; the failed copy is only a warning.
+    QTest::newRow("copy without a display")
+        << stream("Done.") << QStringList{"rewrite", "--copy", "NODISPLAY"} << QByteArray("don")
+        << 0 << QByteArray("Done.\n")
+        << QByteArray("Not copied: there is no display to hold a clipboard (DISPLAY is not "
+                      "set).\n");
 }
 
-void CliEndToEndTest::missingKeyMakesNoConnection() {
+void CliEndToEndTest::rewrites() {
+    QFETCH(ScriptedHttpServer::Response, reply);
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, input);
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, out);
+    QFETCH(QByteArray, err);
     addLocalPreset();
-    const Run run = cli({"rewrite", "--preset", "make concise"}, "text");
-    QCOMPARE(run.exitCode, 3);
-    QCOMPARE(run.err, QByteArray("Connect this preset to a provider in Presets\n"
-                                 "Save a key with: scrivel-cli key set groq\n"));
-    QVERIFY(m_server->requests().isEmpty());
-    const Run ready = cli({"status"});
+    m_server->setHandler([&](const auto&) { return reply; });
+    if (arguments.removeAll(QStringLiteral("NODISPLAY"))) {
+        m_env.remove(QStringLiteral("DISPLAY"));
+        m_env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    }
+    const bool fromFile = arguments.contains(QStringLiteral("FILE"));
+    arguments.replaceInStrings(QStringLiteral("FILE"), file(QStringLiteral("input.txt"), input));
+
+    const ProcessRun run = cli(arguments, fromFile ? QByteArray() : input);
+    QCOMPARE(run.exitCode, exitCode);
+    QCOMPARE(run.out, out);
+    QCOMPARE(run.err, err.replace("URL", m_server->url(QStringLiteral("/v1")).toEncoded()));
+    QCOMPARE(m_server->requests().size(), reply.writes.isEmpty() ? 0 : 1);
+    for (const ScriptedHttpServer::Request& request : m_server->requests()) {
+        QVERIFY(request.body.contains(input.replace("\n", "\\n")));
+        QVERIFY(!request.headers.contains("authorization"));
+    }
+}
+
+void CliEndToEndTest::statusAndKeysNameTheReasonAndNeverPrintTheKey() {
+    addLocalPreset();
+    const ProcessRun ready = cli({"status"});
     QCOMPARE(ready.exitCode, 0);
     QCOMPARE(ready.out, QByteArray("Status: Local \xc2\xb7 Ready\n"));
     QCOMPARE(cli({"presets", "use", "Fix"}).exitCode, 0);
-    const Run blocked = cli({"status"});
+    const ProcessRun blocked = cli({"status"});
     QCOMPARE(blocked.exitCode, 3);
     QCOMPARE(blocked.out, QByteArray("Status: Fix \xc2\xb7 Add API key\n"));
     QVERIFY(blocked.err.startsWith("Connect this preset to a provider in Presets\n"));
+
+    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
+    const ProcessRun set = cli({"key", "set", "groq"}, "  gsk-secret-123 \n");
+    QCOMPARE(set.exitCode, 0);
+    QVERIFY(!set.out.contains("gsk-secret-123") && !set.err.contains("gsk-secret-123"));
+    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: key stored\n"));
+    QCOMPARE(cli({"status"}).out, QByteArray("Status: Fix \xc2\xb7 Ready\n"));
+    QCOMPARE(cli({"key", "delete", "groq"}).out, QByteArray("Deleted the key for Groq.\n"));
+    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
+    QCOMPARE(cli({"key", "delete", "groq"}).out,
+             QByteArray("No key stored for Groq; nothing to delete.\n"));
+    QCOMPARE(cli({"key", "set", "custom"}).exitCode, 2); // no base URL
 }
 
 void CliEndToEndTest::listsModels() {
@@ -196,26 +167,11 @@ void CliEndToEndTest::listsModels() {
         return ScriptedHttpServer::status(
             200, R"({"data":[{"id":"zeta"},{"id":"whisper-1"},{"id":"alpha"}]})");
     });
-    const Run run = cli({"models", "custom", "--base-url", m_server->url("/v1").toString()});
+    const ProcessRun run = cli({"models", "custom", "--base-url", m_server->url("/v1").toString()});
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(run.out, QByteArray("alpha\nzeta\n"));
     QCOMPARE(m_server->requests().first().path, QByteArray("/v1/models"));
-    const Run unknown = cli({"models", "nobody"});
-    QCOMPARE(unknown.exitCode, 2);
-}
-
-void CliEndToEndTest::keysAreNeverPrinted() {
-    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
-    const Run set = cli({"key", "set", "groq"}, "  gsk-secret-123 \n");
-    QCOMPARE(set.exitCode, 0);
-    QVERIFY(!set.out.contains("gsk-secret-123") && !set.err.contains("gsk-secret-123"));
-    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: key stored\n"));
-    QVERIFY(cli({"status"}).out.contains("Ready"));
-    QCOMPARE(cli({"key", "delete", "groq"}).out, QByteArray("Deleted the key for Groq.\n"));
-    QCOMPARE(cli({"key", "status", "groq"}).out, QByteArray("Groq: no key stored\n"));
-    QCOMPARE(cli({"key", "delete", "groq"}).out,
-             QByteArray("No key stored for Groq; nothing to delete.\n"));
-    QCOMPARE(cli({"key", "set", "custom"}).exitCode, 2); // no base URL
+    QCOMPARE(cli({"models", "nobody"}).exitCode, 2);
 }
 
 void CliEndToEndTest::interruptCancelsAStalledStream() {
@@ -227,7 +183,7 @@ void CliEndToEndTest::interruptCancelsAStalledStream() {
     m_server->setHandler([&](const auto&) { return stall; });
 
     QProcess process;
-    process.setProcessEnvironment(environment({}));
+    process.setProcessEnvironment(m_env);
     process.start(QStringLiteral(SCRIVEL_CLI_PATH), {"rewrite"});
     QVERIFY(process.waitForStarted());
     process.write("text");
@@ -252,69 +208,44 @@ void CliEndToEndTest::copyLeavesTheResultOnTheClipboard() {
     m_server->setHandler([](const auto&) {
         return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Copied text."), false);
     });
-    const Run run = cli({"rewrite", "--copy"}, "copid text");
+    const ProcessRun run = cli({"rewrite", "--copy"}, "copid text");
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(run.out, QByteArray("Copied text.\n"));
-    QVERIFY(run.err.contains("Copied."));
+    QCOMPARE(run.err, QByteArray("Copied.\n"));
 
     // The command has exited; its background copy still serves the clipboard.
-    auto read = [&](const QString& target) {
-        QProcess reader;
-        reader.start(xclip, {"-selection", "clipboard", "-t", target, "-o"});
-        reader.waitForFinished(5000);
-        return reader.readAllStandardOutput();
+    const auto read = [&](const QString& target) {
+        return test::runProcess(xclip, {"-selection", "clipboard", "-t", target, "-o"}, m_env).out;
     };
     QCOMPARE(read(QStringLiteral("UTF8_STRING")), QByteArray("Copied text."));
     QVERIFY(read(QStringLiteral("TARGETS")).contains("x-kde-passwordManagerHint"));
-
     // Another program taking the clipboard ends the background copy.
-    QProcess taker;
-    taker.start(xclip, {"-selection", "clipboard", "-i"});
-    taker.write("other");
-    taker.closeWriteChannel();
-    taker.waitForFinished(5000);
+    test::runProcess(xclip, {"-selection", "clipboard", "-i"}, m_env, "other");
     QTRY_COMPARE_WITH_TIMEOUT(read(QStringLiteral("UTF8_STRING")), QByteArray("other"), 5000);
-}
-
-void CliEndToEndTest::copyWithoutADisplayStillSucceeds() {
-    addLocalPreset();
-    m_server->setHandler([](const auto&) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Done."), false);
-    });
-    QProcessEnvironment noDisplay;
-    noDisplay.insert(QStringLiteral("DISPLAY"), QString());
-    noDisplay.insert(QStringLiteral("WAYLAND_DISPLAY"), QString());
-    const Run run = cli({"rewrite", "--copy"}, "don", {}, noDisplay);
-    QCOMPARE(run.exitCode, 0); // the result was printed
-    QCOMPARE(run.out, QByteArray("Done.\n"));
-    QVERIFY(run.err.contains("Not copied: there is no display"));
 }
 
 void CliEndToEndTest::exportNeverOverwritesOrTakesAPresetForAFile() {
     QDir::setCurrent(m_home->path());
     // "Fix" names a preset: not taken as the file name.
-    const Run lone = cli({"presets", "export", "Fix"});
+    const ProcessRun lone = cli({"presets", "export", "Fix"});
     QCOMPARE(lone.exitCode, 2);
     QVERIFY(lone.err.contains("scrivel-cli presets export Fix FILE"));
     QVERIFY(!QFile::exists(m_home->filePath(QStringLiteral("Fix"))));
 
-    const QString path = m_home->filePath(QStringLiteral("mine.scrivel.json"));
-    QFile existing(path);
-    QVERIFY(existing.open(QIODevice::WriteOnly));
-    existing.write("keep me");
-    existing.close();
+    const QString path = file(QStringLiteral("mine.scrivel.json"), "keep me");
+    const auto content = [&] {
+        QFile existing(path);
+        return existing.open(QIODevice::ReadOnly) ? existing.readAll() : QByteArray();
+    };
     for (const QStringList& arguments :
          {QStringList{"presets", "export", path}, QStringList{"presets", "export", "Fix", path}}) {
-        const Run refused = cli(arguments);
+        const ProcessRun refused = cli(arguments);
         QCOMPARE(refused.exitCode, 1);
         QVERIFY(refused.err.contains("Add --force"));
-        QVERIFY(existing.open(QIODevice::ReadOnly));
-        QCOMPARE(existing.readAll(), QByteArray("keep me"));
-        existing.close();
+        QCOMPARE(content(), QByteArray("keep me"));
     }
     QCOMPARE(cli({"presets", "export", "Fix", path, "--force"}).exitCode, 0);
-    QVERIFY(existing.open(QIODevice::ReadOnly));
-    const auto pack = PresetPackDocument::decode(existing.readAll());
+    const auto pack = PresetPackDocument::decode(content());
     QVERIFY(pack);
     QCOMPARE(pack->presets.size(), 1);
     QCOMPARE(pack->presets[0].name, QStringLiteral("Fix"));
@@ -325,19 +256,24 @@ void CliEndToEndTest::exportNeverOverwritesOrTakesAPresetForAFile() {
 }
 
 void CliEndToEndTest::presetNamesIgnoreCaseAndDuplicatesAreListed() {
+    const ProcessRun listed = cli({"presets"});
+    QCOMPARE(listed.exitCode, 0);
+    const QList<QByteArray> builtIns = listed.out.trimmed().split('\n');
+    QCOMPARE(builtIns.size(), 3);
+    QVERIFY(builtIns[0].startsWith("* Fix\tGroq \xc2\xb7 openai/gpt-oss-120b\t"));
+    QVERIFY(builtIns[1].startsWith("  Make Concise\t"));
     QCOMPARE(cli({"presets", "add-pack", "translation"}).out,
              QByteArray("Added 4 presets from Translation.\n"));
     QCOMPARE(cli({"presets", "use", "to french"}).out, QByteArray("Active preset: To French\n"));
     QCOMPARE(cli({"presets", "add-pack", "Translation"}).exitCode, 0);
-    const QList<QByteArray> lines = cli({"presets"}).out.split('\n');
     QList<QByteArray> ids;
-    for (const QByteArray& line : lines) {
+    for (const QByteArray& line : cli({"presets"}).out.split('\n')) {
         if (line.contains("To French"))
             ids << line.split('\t').last();
     }
     QCOMPARE(ids.size(), 2);
     for (const QString& name : {QStringLiteral("To French"), QStringLiteral("to FRENCH")}) {
-        const Run ambiguous = cli({"presets", "use", name});
+        const ProcessRun ambiguous = cli({"presets", "use", name});
         QCOMPARE(ambiguous.exitCode, 2);
         QVERIFY(ambiguous.err.contains(ids[0]) && ambiguous.err.contains(ids[1]));
         QCOMPARE(cli({"rewrite", "--preset", name}, "text").exitCode, 2);
@@ -351,6 +287,10 @@ void CliEndToEndTest::keyPromptRestoresTheTerminalWhenInterrupted() {
     QVERIFY(master >= 0 && ::grantpt(master) == 0 && ::unlockpt(master) == 0);
     const int terminal = ::open(::ptsname(master), O_RDWR | O_NOCTTY);
     QVERIFY(terminal >= 0);
+    auto closeBoth = qScopeGuard([&] {
+        ::close(terminal);
+        ::close(master);
+    });
     const auto echoing = [&] {
         termios mode{};
         ::tcgetattr(terminal, &mode);
@@ -359,7 +299,7 @@ void CliEndToEndTest::keyPromptRestoresTheTerminalWhenInterrupted() {
     QVERIFY(echoing());
 
     QProcess process;
-    process.setProcessEnvironment(environment({}));
+    process.setProcessEnvironment(m_env);
     process.setChildProcessModifier([terminal] { ::dup2(terminal, STDIN_FILENO); });
     process.start(QStringLiteral(SCRIVEL_CLI_PATH), {"key", "set", "groq"});
     QVERIFY(process.waitForStarted());
@@ -371,8 +311,6 @@ void CliEndToEndTest::keyPromptRestoresTheTerminalWhenInterrupted() {
     QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, 5000);
     QCOMPARE(process.exitCode(), 130);
     QVERIFY(echoing());
-    ::close(terminal);
-    ::close(master);
 }
 
 void CliEndToEndTest::problemsNameTheirCause_data() {
@@ -417,14 +355,8 @@ void CliEndToEndTest::problemsNameTheirCause() {
     QFETCH(QByteArray, input);
     QFETCH(int, exitCode);
     QFETCH(QByteArray, said);
-    const QString file = m_home->filePath(QStringLiteral("input.scrivel.json"));
-    if (!input.isEmpty()) {
-        QFile pack(file);
-        QVERIFY(pack.open(QIODevice::WriteOnly));
-        pack.write(input);
-    }
-    arguments.replaceInStrings(QStringLiteral("FILE"), file);
-    const Run run = cli(arguments);
+    arguments.replaceInStrings(QStringLiteral("FILE"), file("input.scrivel.json", input));
+    const ProcessRun run = cli(arguments);
     QCOMPARE(run.exitCode, exitCode);
     QVERIFY2((run.out + run.err).contains(said), run.out + run.err);
     QVERIFY(!run.out.contains("help-all"));

@@ -1,6 +1,7 @@
 #include "app/Shortcut.h"
 #include "app/ShortcutName.h"
 #include "linux/QSettingsStore.h"
+#include "support/ProcessRun.h"
 #include "support/X11TestClient.h"
 
 #include <QProcess>
@@ -19,11 +20,8 @@ constexpr xcb_keysym_t kKeysym = 0x6b;
 constexpr uint16_t ctrlAlt = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
 constexpr uint16_t ctrlShift = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_SHIFT;
 
-QByteArray xdotool(const QStringList& arguments) {
-    QProcess process;
-    process.start(QStringLiteral("xdotool"), arguments);
-    process.waitForFinished(10000);
-    return process.readAllStandardOutput();
+void xdotool(const QStringList& arguments) {
+    QProcess::execute(QStringLiteral("xdotool"), arguments);
 }
 
 } // namespace
@@ -45,8 +43,9 @@ private Q_SLOTS:
 private:
     void startApp();
     void stopApp();
-    QList<QRect> visibleWindows();
-    void press(const QString& keys);
+    QList<test::VisibleWindow> visibleWindows() {
+        return test::visibleWindows({"--pid", QString::number(m_app->processId())});
+    }
     std::optional<QString> storedShortcut() const;
 
     std::unique_ptr<QTemporaryDir> m_home;
@@ -74,13 +73,8 @@ void ShortcutEndToEndTest::cleanup() {
 }
 
 void ShortcutEndToEndTest::startApp() {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home->path() + QStringLiteral("/config"));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), m_home->path() + QStringLiteral("/data"));
-    env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
-    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
     m_app = std::make_unique<QProcess>();
-    m_app->setProcessEnvironment(env);
+    m_app->setProcessEnvironment(test::scrivelEnvironment(m_home->path()));
     m_app->start(QStringLiteral(SCRIVEL_APP_PATH), {});
     QVERIFY(m_app->waitForStarted());
 }
@@ -96,35 +90,10 @@ void ShortcutEndToEndTest::stopApp() {
     m_app.reset();
 }
 
-QList<QRect> ShortcutEndToEndTest::visibleWindows() {
-    QList<QRect> windows;
-    const QByteArray ids = xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                    QStringLiteral("--pid"), QString::number(m_app->processId())});
-    for (const QByteArray& id : ids.split('\n')) {
-        if (id.trimmed().isEmpty())
-            continue;
-        const QByteArray shell = xdotool({QStringLiteral("getwindowgeometry"),
-                                          QStringLiteral("--shell"), QString::fromLatin1(id)});
-        QHash<QByteArray, int> values;
-        for (const QByteArray& line : shell.split('\n')) {
-            const qsizetype equals = line.indexOf('=');
-            if (equals > 0)
-                values.insert(line.left(equals), line.mid(equals + 1).toInt());
-        }
-        windows.append(QRect(values.value("X"), values.value("Y"), values.value("WIDTH"),
-                             values.value("HEIGHT")));
-    }
-    return windows;
-}
-
 std::optional<QString> ShortcutEndToEndTest::storedShortcut() const {
     // A fresh reader: the app wrote the file after ours was opened.
     return QSettingsStore(m_settings->fileName())
         .text(ShortcutName::rewriteFocusedField().settingsKey());
-}
-
-void ShortcutEndToEndTest::press(const QString& keys) {
-    xdotool({QStringLiteral("key"), keys});
 }
 
 void ShortcutEndToEndTest::shortcutTogglesThePanelNearThePointer() {
@@ -136,22 +105,22 @@ void ShortcutEndToEndTest::shortcutTogglesThePanelNearThePointer() {
     QCOMPARE(storedShortcut(), std::optional(QString::fromUtf8(Shortcut{36, 6144}.toJson())));
     QVERIFY(visibleWindows().isEmpty());
 
-    xdotool({QStringLiteral("mousemove"), QStringLiteral("500"), QStringLiteral("300")});
-    press(QStringLiteral("ctrl+alt+Return"));
+    xdotool({"mousemove", "500", "300"});
+    xdotool({"key", "ctrl+alt+Return"});
     QTRY_COMPARE_WITH_TIMEOUT(visibleWindows().size(), 1, 10000);
-    const QRect panel = visibleWindows().first();
+    const QRect panel = visibleWindows().first().geometry;
     // Top-left corner 24 px left of and 12 px below the pointer.
     QVERIFY2(qAbs(panel.x() - 476) <= 4 && qAbs(panel.y() - 312) <= 4,
              qPrintable(QStringLiteral("panel at %1,%2").arg(panel.x()).arg(panel.y())));
 
-    press(QStringLiteral("ctrl+alt+Return"));
+    xdotool({"key", "ctrl+alt+Return"});
     QTRY_VERIFY_WITH_TIMEOUT(visibleWindows().isEmpty(), 10000);
 
     // Again, somewhere else: it follows the pointer.
-    xdotool({QStringLiteral("mousemove"), QStringLiteral("800"), QStringLiteral("500")});
-    press(QStringLiteral("ctrl+alt+Return"));
+    xdotool({"mousemove", "800", "500"});
+    xdotool({"key", "ctrl+alt+Return"});
     QTRY_COMPARE_WITH_TIMEOUT(visibleWindows().size(), 1, 10000);
-    QVERIFY(qAbs(visibleWindows().first().x() - 776) <= 4);
+    QVERIFY(qAbs(visibleWindows().first().geometry.x() - 776) <= 4);
 }
 
 void ShortcutEndToEndTest::changedShortcutWorksAfterARestart() {
@@ -163,10 +132,10 @@ void ShortcutEndToEndTest::changedShortcutWorksAfterARestart() {
     QTRY_VERIFY_WITH_TIMEOUT(probe.isHeldElsewhere(kKeysym, ctrlShift), 15000);
     QVERIFY(!probe.isHeldElsewhere(returnKeysym, ctrlAlt));
 
-    press(QStringLiteral("ctrl+alt+Return"));
+    xdotool({"key", "ctrl+alt+Return"});
     QTest::qWait(1000);
     QVERIFY(visibleWindows().isEmpty());
-    press(QStringLiteral("ctrl+shift+k"));
+    xdotool({"key", "ctrl+shift+k"});
     QTRY_COMPARE_WITH_TIMEOUT(visibleWindows().size(), 1, 10000);
 }
 

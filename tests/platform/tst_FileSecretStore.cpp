@@ -1,6 +1,4 @@
-#include "dummy/InMemorySecretStore.h"
 #include "linux/FileSecretStore.h"
-#include "providers/APIKeyStore.h"
 #include "providers/KeychainError.h"
 #include "support/TestSupport.h"
 
@@ -15,15 +13,6 @@
 using namespace scrivel;
 using test::waitFor;
 
-class FileSecretStoreTest : public QObject {
-    Q_OBJECT
-
-private Q_SLOTS:
-    void damagedFileIsReportedOnceAndLeftAlone();
-    void damagedFileNeverHidesModernKeys();
-    void concurrentChangeIsReadBeforeWriting();
-};
-
 namespace {
 
 void writeFile(const QString& path, const QByteArray& bytes) {
@@ -33,48 +22,74 @@ void writeFile(const QString& path, const QByteArray& bytes) {
     QVERIFY(file.commit());
 }
 
+QByteArray readFile(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+std::optional<QByteArray> value(FileSecretStore& store, const QString& account) {
+    const auto read = waitFor(store.read(account));
+    return read && read->has_value() ? read->value() : std::optional<QByteArray>("failed");
+}
+
 } // namespace
 
+class FileSecretStoreTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void fileIsPrivateAndSharedBetweenInstances();
+    void damagedFileIsReportedOnceAndLeftAlone_data();
+    void damagedFileIsReportedOnceAndLeftAlone();
+    void concurrentChangeIsReadBeforeWriting();
+};
+
+void FileSecretStoreTest::fileIsPrivateAndSharedBetweenInstances() {
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("nested/credentials"));
+    FileSecretStore store(path);
+    QVERIFY(waitFor(store.write(QStringLiteral("a"), "1"))->has_value());
+    QVERIFY(waitFor(store.write(QStringLiteral("b"), "2"))->has_value());
+    // Nothing for group or others; the owner may enter the directory and read
+    // and write the file.
+    const auto groupAndOthers = QFileDevice::ReadGroup | QFileDevice::WriteGroup |
+                                QFileDevice::ExeGroup | QFileDevice::ReadOther |
+                                QFileDevice::WriteOther | QFileDevice::ExeOther;
+    const auto owner = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    QCOMPARE(QFile::permissions(path) & (groupAndOthers | owner | QFileDevice::ExeOwner),
+             owner | QFileDevice::ExeOwner);
+    QCOMPARE(QFile::permissions(store.filePath()) &
+                 (groupAndOthers | owner | QFileDevice::ExeOwner),
+             owner);
+
+    FileSecretStore reopened(path);
+    QCOMPARE(value(reopened, QStringLiteral("a")), std::optional<QByteArray>("1"));
+    QCOMPARE(value(reopened, QStringLiteral("b")), std::optional<QByteArray>("2"));
+}
+
+void FileSecretStoreTest::damagedFileIsReportedOnceAndLeftAlone_data() {
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("not JSON") << QByteArray("not json");
+    // A value that is not text is damage too, not an empty key.
+    QTest::newRow("value not text") << QByteArray(R"({"groq": 7})");
+}
+
 void FileSecretStoreTest::damagedFileIsReportedOnceAndLeftAlone() {
+    QFETCH(QByteArray, content);
     QTemporaryDir dir;
     FileSecretStore store(dir.path());
     QStringList reported;
     store.setDamageHandler([&](const QString& path) { reported << path; });
-    writeFile(store.filePath(), "not json");
+    writeFile(store.filePath(), content);
 
-    const auto read = waitFor(store.read(QStringLiteral("groq")));
-    QCOMPARE(*read, SecretStore::ReadResult(std::unexpected(KeychainError::unreadableStore)));
+    const auto unreadable = std::unexpected(KeychainError::unreadableStore);
+    QCOMPARE(*waitFor(store.read(QStringLiteral("groq"))), SecretStore::ReadResult(unreadable));
+    // Not an empty store that a write would then overwrite.
     QCOMPARE(*waitFor(store.write(QStringLiteral("groq"), "k")),
-             SecretStore::WriteResult(std::unexpected(KeychainError::unreadableStore)));
-    QVERIFY(!waitFor(store.remove(QStringLiteral("groq")))->has_value());
+             SecretStore::WriteResult(unreadable));
+    QCOMPARE(*waitFor(store.remove(QStringLiteral("groq"))), SecretStore::WriteResult(unreadable));
     QCOMPARE(reported, QStringList{store.filePath()});
-
-    QFile check(store.filePath());
-    QVERIFY(check.open(QIODevice::ReadOnly));
-    QCOMPARE(check.readAll(), QByteArray("not json"));
-
-    // A value that is not text is damage too, not an empty key.
-    FileSecretStore other(dir.path());
-    other.setDamageHandler([&](const QString& path) { reported << path; });
-    writeFile(other.filePath(), R"({"groq": 7})");
-    QVERIFY(!waitFor(other.read(QStringLiteral("groq")))->has_value());
-    QCOMPARE(reported.size(), 2);
-}
-
-void FileSecretStoreTest::damagedFileNeverHidesModernKeys() {
-    QTemporaryDir dir;
-    FileSecretStore legacy(dir.path());
-    legacy.setDamageHandler([](const QString&) {});
-    writeFile(legacy.filePath(), "not json");
-    InMemorySecretStore modern;
-    modern.items.insert(QStringLiteral("groq"), "sk-in-the-secret-service");
-    APIKeyStore keys(modern, legacy, [] { return Future<bool>::ready(true); });
-
-    QCOMPARE(*waitFor(keys.readKey(QStringLiteral("groq"))),
-             APIKeyProviding::KeyResult(QStringLiteral("sk-in-the-secret-service")));
-    QVERIFY(*waitFor(keys.saveKey(QStringLiteral("sk-2"), QStringLiteral("openai"))));
-    QVERIFY(*waitFor(keys.deleteKey(QStringLiteral("openai"))));
-    QVERIFY(!modern.items.contains(QStringLiteral("openai")));
+    QCOMPARE(readFile(store.filePath()), content);
 }
 
 void FileSecretStoreTest::concurrentChangeIsReadBeforeWriting() {
@@ -107,11 +122,10 @@ void FileSecretStoreTest::concurrentChangeIsReadBeforeWriting() {
     QVERIFY(written && written->has_value());
 
     FileSecretStore reopened(dir.path());
-    for (const auto& [account, value] :
-         {std::pair{"first", "1"}, std::pair{"other", "2"}, std::pair{"mine", "3"}}) {
-        const auto read = waitFor(reopened.read(QString::fromLatin1(account)));
-        QCOMPARE(read->value(), std::optional<QByteArray>(value));
-    }
+    for (const auto& [account, expected] :
+         {std::pair{"first", "1"}, std::pair{"other", "2"}, std::pair{"mine", "3"}})
+        QCOMPARE(value(reopened, QString::fromLatin1(account)),
+                 std::optional<QByteArray>(expected));
 }
 
 QTEST_GUILESS_MAIN(FileSecretStoreTest)

@@ -35,13 +35,27 @@ uint16_t currentModifierState() {
 
 void setLock(const char* keysym, uint16_t bit, bool on) {
     if (bool(currentModifierState() & bit) != on)
-        xdotool({QStringLiteral("key"), QString::fromLatin1(keysym)});
+        xdotool({"key", QString::fromLatin1(keysym)});
     QTRY_COMPARE(bool(currentModifierState() & bit), on);
 }
 
-struct Counter {
+// The rewrite shortcut registered through the real service, counting what
+// it reports.
+struct Registered {
+    InMemorySettingsStore settings;
+    std::unique_ptr<X11HotKeyService> service = X11HotKeyService::forApplication();
+    KeyboardShortcuts shortcuts{settings, *service};
+    QList<QByteArray> errorLines;
     int pressed = 0;
     int released = 0;
+
+    // Each handler attached registers the shortcut (and reports a failure).
+    explicit Registered(bool countPresses = true) {
+        shortcuts.setErrorLineWriter([this](const QByteArray& line) { errorLines << line; });
+        if (countPresses)
+            shortcuts.onKeyDown(ShortcutName::rewriteFocusedField(), [this] { ++pressed; });
+        shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [this] { ++released; });
+    }
 };
 
 } // namespace
@@ -58,9 +72,6 @@ private Q_SLOTS:
     void ourOwnFocusedWindowDoesNotSwallowTheKeys();
     void anotherClientsGrabFailsTheRegistration();
     void unknownKeyCodeGrabsNothing();
-
-private:
-    std::unique_ptr<X11HotKeyService> m_service;
 };
 
 void X11HotKeyServiceTest::initTestCase() {
@@ -88,101 +99,77 @@ void X11HotKeyServiceTest::pressAndReleaseUnderEveryLock_data() {
 void X11HotKeyServiceTest::pressAndReleaseUnderEveryLock() {
     QFETCH(bool, numLock);
     QFETCH(bool, capsLock);
-    InMemorySettingsStore settings;
-    auto service = X11HotKeyService::forApplication();
-    QVERIFY(service);
-    KeyboardShortcuts shortcuts(settings, *service);
-    Counter counter;
-    shortcuts.onKeyDown(ShortcutName::rewriteFocusedField(), [&] { ++counter.pressed; });
-    shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [&] { ++counter.released; });
-    QVERIFY(shortcuts.isRegistered(ctrlAltReturn));
+    Registered hotKey;
+    QVERIFY(hotKey.shortcuts.isRegistered(ctrlAltReturn));
 
     setLock("Num_Lock", XCB_MOD_MASK_2, numLock);
     setLock("Caps_Lock", XCB_MOD_MASK_LOCK, capsLock);
-    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+Return")});
-    QTRY_COMPARE(counter.released, 1);
-    QCOMPARE(counter.pressed, 1);
+    xdotool({"key", "ctrl+alt+Return"});
+    QTRY_COMPARE(hotKey.released, 1);
+    QCOMPARE(hotKey.pressed, 1);
     // Another key with the same modifiers is not the shortcut.
-    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+Tab")});
+    xdotool({"key", "ctrl+alt+Tab"});
     QTest::qWait(200);
-    QCOMPARE(counter.pressed, 1);
-    QCOMPARE(counter.released, 1);
+    QCOMPARE(std::pair(hotKey.pressed, hotKey.released), std::pair(1, 1));
     cleanup();
 
     // Unregistered on disable: the keys go by.
-    shortcuts.disable({ShortcutName::rewriteFocusedField()});
-    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+Return")});
+    hotKey.shortcuts.disable({ShortcutName::rewriteFocusedField()});
+    xdotool({"key", "ctrl+alt+Return"});
     QTest::qWait(200);
-    QCOMPARE(counter.released, 1);
+    QCOMPARE(hotKey.released, 1);
 }
 
 void X11HotKeyServiceTest::holdingTheKeysReportsOnePress() {
-    InMemorySettingsStore settings;
-    auto service = X11HotKeyService::forApplication();
-    KeyboardShortcuts shortcuts(settings, *service);
-    Counter counter;
-    shortcuts.onKeyDown(ShortcutName::rewriteFocusedField(), [&] { ++counter.pressed; });
-    shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [&] { ++counter.released; });
-
+    Registered hotKey;
     // Well past the server's auto-repeat delay (660 ms by default).
-    xdotool({QStringLiteral("keydown"), QStringLiteral("ctrl+alt+Return")});
+    xdotool({"keydown", "ctrl+alt+Return"});
     QTest::qWait(1500);
-    QCOMPARE(counter.pressed, 1);
-    QCOMPARE(counter.released, 0);
-    xdotool({QStringLiteral("keyup"), QStringLiteral("Return")});
-    QTRY_COMPARE(counter.released, 1);
-    xdotool({QStringLiteral("keyup"), QStringLiteral("ctrl+alt")});
+    QCOMPARE(std::pair(hotKey.pressed, hotKey.released), std::pair(1, 0));
+    xdotool({"keyup", "Return"});
+    QTRY_COMPARE(hotKey.released, 1);
+    xdotool({"keyup", "ctrl+alt"});
     QTest::qWait(100);
-    QCOMPARE(counter.pressed, 1);
-    QCOMPARE(counter.released, 1);
+    QCOMPARE(std::pair(hotKey.pressed, hotKey.released), std::pair(1, 1));
 }
 
 void X11HotKeyServiceTest::ourOwnFocusedWindowDoesNotSwallowTheKeys() {
-    InMemorySettingsStore settings;
-    auto service = X11HotKeyService::forApplication();
-    KeyboardShortcuts shortcuts(settings, *service);
-    int released = 0;
-    shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [&] { ++released; });
+    Registered hotKey;
     // The panel has the focus when the shortcut is pressed to hide it.
     QWindow window;
     window.resize(200, 100);
     window.show();
     window.requestActivate();
     QVERIFY(QTest::qWaitForWindowActive(&window));
-    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+Return")});
-    QTRY_COMPARE(released, 1);
+    xdotool({"key", "ctrl+alt+Return"});
+    QTRY_COMPARE(hotKey.released, 1);
 }
 
 void X11HotKeyServiceTest::anotherClientsGrabFailsTheRegistration() {
     auto other = std::make_unique<X11TestClient>();
     QVERIFY(other->grab(0xff0d, XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1));
 
-    InMemorySettingsStore settings;
-    auto service = X11HotKeyService::forApplication();
-    KeyboardShortcuts shortcuts(settings, *service);
-    QList<QByteArray> lines;
-    shortcuts.setErrorLineWriter([&](const QByteArray& line) { lines << line; });
-    int released = 0;
-    QVERIFY(service->isTakenByAnotherClient(ctrlAltReturn));
-    shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [&] { ++released; });
-    QCOMPARE(lines, QList{QByteArray("Error registering hotkey Ctrl+Alt+Return (key code 36, "
-                                     "modifiers 6144): 10\n")});
-    QVERIFY(!shortcuts.isRegistered(ctrlAltReturn));
-    QCOMPARE(shortcuts.shortcut(ShortcutName::rewriteFocusedField()), std::optional(ctrlAltReturn));
+    Registered hotKey(false);
+    QVERIFY(hotKey.service->isTakenByAnotherClient(ctrlAltReturn));
+    QCOMPARE(hotKey.errorLines, QList{QByteArray("Error registering hotkey Ctrl+Alt+Return (key "
+                                                 "code 36, modifiers 6144): 10\n")});
+    QVERIFY(!hotKey.shortcuts.isRegistered(ctrlAltReturn));
+    QCOMPARE(hotKey.shortcuts.shortcut(ShortcutName::rewriteFocusedField()),
+             std::optional(ctrlAltReturn));
 
     // The trial grab left the other client's grab alone.
-    QVERIFY(service->isTakenByAnotherClient(ctrlAltReturn));
+    QVERIFY(hotKey.service->isTakenByAnotherClient(ctrlAltReturn));
     // Once the other application lets go, enabling grabs it.
     other.reset();
-    QTRY_VERIFY(!service->isTakenByAnotherClient(ctrlAltReturn));
-    shortcuts.enable({ShortcutName::rewriteFocusedField()});
-    QVERIFY(shortcuts.isRegistered(ctrlAltReturn));
-    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+Return")});
-    QTRY_COMPARE(released, 1);
+    QTRY_VERIFY(!hotKey.service->isTakenByAnotherClient(ctrlAltReturn));
+    hotKey.shortcuts.enable({ShortcutName::rewriteFocusedField()});
+    QVERIFY(hotKey.shortcuts.isRegistered(ctrlAltReturn));
+    xdotool({"key", "ctrl+alt+Return"});
+    QTRY_COMPARE(hotKey.released, 1);
     // Our own grab is not "taken", and asking does not drop it.
-    QVERIFY(!service->isTakenByAnotherClient(ctrlAltReturn));
-    xdotool({QStringLiteral("key"), QStringLiteral("ctrl+alt+Return")});
-    QTRY_COMPARE(released, 2);
+    QVERIFY(!hotKey.service->isTakenByAnotherClient(ctrlAltReturn));
+    xdotool({"key", "ctrl+alt+Return"});
+    QTRY_COMPARE(hotKey.released, 2);
 }
 
 void X11HotKeyServiceTest::unknownKeyCodeGrabsNothing() {

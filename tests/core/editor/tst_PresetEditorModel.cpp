@@ -36,6 +36,8 @@ QString accountOf(const Preset& preset) {
     return credentialAccount(*resolveEndpoint(preset.providerID, preset.customBaseURL));
 }
 
+const QString openai = QStringLiteral("openai");
+const QString groq = QStringLiteral("groq");
 const QString localURL = QStringLiteral("http://127.0.0.1:11434/v1");
 const QString otherURL = QStringLiteral("http://127.0.0.1:8080/v1");
 
@@ -47,10 +49,12 @@ class PresetEditorModelTest : public QObject {
 private Q_SLOTS:
     void init();
     void burstOfEditsSavesOnceWithTheLastState();
+    void pendingSaveIsWrittenWhenTheEditorGoesAway();
     void providerSwitchClearsAtOnceAndSavesEmptyModel();
     void baseURLEditResetsAfterThePauseAndLoadsThatAddressKey();
     void invalidBaseURLNeverConnects();
-    void lateModelListForAnOldProviderIsDropped();
+    void lateModelListIsDropped_data();
+    void lateModelListIsDropped();
     void cachedListShowsBeforeTheFreshFetchEnds();
     void failedModelListShowsItsSentence();
     void canRunTest_data();
@@ -61,13 +65,10 @@ private Q_SLOTS:
     void testWaitsForTheKeyJustTyped();
     void keyCommitTrimsAndReconnects();
     void failedKeySaveKeepsTheSavedKey();
-    void sharedKeyRemovalAsksFirst_data();
-    void sharedKeyRemovalAsksFirst();
-    void confirmedRemovalClearsEveryTrace();
-    void unsharedKeyIsRemovedAfterThePause();
+    void clearingTheKey_data();
+    void clearingTheKey();
     void removalMessage_data();
     void removalMessage();
-    void pendingSaveIsWrittenWhenTheEditorGoesAway();
 
 private:
     struct Load {
@@ -82,8 +83,13 @@ private:
     };
 
     std::unique_ptr<PresetEditorModel> open(const Preset& preset);
-    Preset addToStore(const Preset& preset) {
+    // A preset added to the store, with key as its stored API key if given.
+    Preset stored(const QString& name, const QString& providerID, const QString& model = {},
+                  const std::optional<QString>& baseURL = std::nullopt, const QString& key = {}) {
+        const Preset preset = makePreset(name, providerID, model, baseURL);
         m_store->add(preset);
+        if (!key.isEmpty())
+            m_keys.keys.insert(accountOf(preset), key);
         return preset;
     }
 
@@ -125,7 +131,7 @@ std::unique_ptr<PresetEditorModel> PresetEditorModelTest::open(const Preset& pre
 }
 
 void PresetEditorModelTest::burstOfEditsSavesOnceWithTheLastState() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("Draft"), QStringLiteral("openai")));
+    const Preset preset = stored(QStringLiteral("Draft"), openai);
     auto model = open(preset);
     const QString typed = QStringLiteral("Hello");
     for (qsizetype i = 1; i <= typed.size(); ++i) {
@@ -140,18 +146,26 @@ void PresetEditorModelTest::burstOfEditsSavesOnceWithTheLastState() {
     QCOMPARE(m_store->preset(preset.id)->name, typed);
 }
 
+void PresetEditorModelTest::pendingSaveIsWrittenWhenTheEditorGoesAway() {
+    const Preset preset = stored(QStringLiteral("Draft"), openai);
+    auto model = open(preset);
+    model->setInstructions(QStringLiteral("New instructions"));
+    model.reset();
+    QCOMPARE(m_store->preset(preset.id)->instructions, QStringLiteral("New instructions"));
+    QCOMPARE(m_changes, 1);
+}
+
 void PresetEditorModelTest::providerSwitchClearsAtOnceAndSavesEmptyModel() {
-    const Preset preset = addToStore(
-        makePreset(QStringLiteral("P"), QStringLiteral("openai"), QStringLiteral("gpt")));
-    m_keys.keys.insert(QStringLiteral("openai"), QStringLiteral("sk-one"));
-    m_keys.keys.insert(QStringLiteral("groq"), QStringLiteral("gsk-two"));
+    const Preset preset = stored(QStringLiteral("P"), openai, QStringLiteral("gpt"), std::nullopt,
+                                 QStringLiteral("sk-one"));
+    m_keys.keys.insert(groq, QStringLiteral("gsk-two"));
     auto model = open(preset);
     QTRY_COMPARE(m_loads.size(), 1);
     m_loads.first().promise.resolve(QStringList{QStringLiteral("gpt")});
     QTRY_COMPARE(model->connectionState().kind(), PresetConnectionState::Kind::connected);
     QCOMPARE(model->apiKey(), QStringLiteral("sk-one"));
 
-    model->setProviderID(QStringLiteral("groq"));
+    model->setProviderID(groq);
     QCOMPARE(model->draft().model, QString());
     QVERIFY(model->availableModels().isEmpty());
     QCOMPARE(model->apiKey(), QString());
@@ -161,18 +175,17 @@ void PresetEditorModelTest::providerSwitchClearsAtOnceAndSavesEmptyModel() {
     // The new provider's own key arrives, then its model list is asked for.
     QTRY_COMPARE(model->apiKey(), QStringLiteral("gsk-two"));
     QTRY_COMPARE(m_loads.size(), 2);
-    QCOMPARE(m_loads.last().endpoint.id, QStringLiteral("groq"));
+    QCOMPARE(m_loads.last().endpoint.id, groq);
     QTRY_COMPARE_WITH_TIMEOUT(m_changes, 1, settleMs);
-    QCOMPARE(m_store->preset(preset.id)->providerID, QStringLiteral("groq"));
+    QCOMPARE(m_store->preset(preset.id)->providerID, groq);
     QCOMPARE(m_store->preset(preset.id)->model, QString());
 }
 
 void PresetEditorModelTest::baseURLEditResetsAfterThePauseAndLoadsThatAddressKey() {
-    const Preset preset = addToStore(
-        makePreset(QStringLiteral("Local"), customProviderID(), QStringLiteral("llama"), localURL));
-    Preset moved = preset;
-    moved.customBaseURL = otherURL;
-    m_keys.keys.insert(accountOf(moved), QStringLiteral("other-key"));
+    const Preset preset =
+        stored(QStringLiteral("Local"), customProviderID(), QStringLiteral("llama"), localURL);
+    m_keys.keys.insert(accountOf(makePreset({}, customProviderID(), {}, otherURL)),
+                       QStringLiteral("other-key"));
     auto model = open(preset);
     QTRY_COMPARE(m_loads.size(), 1);
 
@@ -194,9 +207,8 @@ void PresetEditorModelTest::baseURLEditResetsAfterThePauseAndLoadsThatAddressKey
 }
 
 void PresetEditorModelTest::invalidBaseURLNeverConnects() {
-    const Preset preset = addToStore(
-        makePreset(QStringLiteral("Local"), customProviderID(), {}, QStringLiteral("not a url")));
-    auto model = open(preset);
+    auto model =
+        open(stored(QStringLiteral("Local"), customProviderID(), {}, QStringLiteral("not a url")));
     model->setCustomBaseURL(QStringLiteral("ftp://example.com/v1"));
     QTest::qWait(settleMs);
     QVERIFY(m_loads.isEmpty());
@@ -205,48 +217,56 @@ void PresetEditorModelTest::invalidBaseURLNeverConnects() {
     QVERIFY(model->presetsSharingKey().isEmpty());
 }
 
-void PresetEditorModelTest::lateModelListForAnOldProviderIsDropped() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("P"), QStringLiteral("openai")));
-    m_keys.keys.insert(QStringLiteral("openai"), QStringLiteral("sk"));
-    auto model = open(preset);
+void PresetEditorModelTest::lateModelListIsDropped_data() {
+    QTest::addColumn<bool>("removeKey"); // otherwise: switch to another provider
+    QTest::newRow("provider switched") << false;
+    QTest::newRow("key removed") << true;
+}
+
+void PresetEditorModelTest::lateModelListIsDropped() {
+    QFETCH(bool, removeKey);
+    auto model = open(stored(QStringLiteral("P"), openai, {}, std::nullopt, QStringLiteral("sk")));
     QTRY_COMPARE(m_loads.size(), 1);
     const Load old = m_loads.first();
-    model->setProviderID(customProviderID());
-    model->setCustomBaseURL(localURL);
+    if (removeKey) {
+        model->removeStoredKey();
+        QTRY_VERIFY(!model->hasStoredCredential());
+        QCOMPARE(model->apiKey(), QString());
+        QCOMPARE(model->committedKey(), QString());
+    } else {
+        model->setProviderID(customProviderID());
+        model->setCustomBaseURL(localURL);
+    }
     old.promise.resolve(QStringList{QStringLiteral("gpt-4o")});
     QTest::qWait(settleMs);
     QVERIFY(!model->availableModels().contains(QStringLiteral("gpt-4o")));
-    QVERIFY(!m_cache.lookup(QStringLiteral("openai")));
+    QVERIFY(!m_cache.lookup(openai));
+    QCOMPARE(model->connectionState().kind(), removeKey ? PresetConnectionState::Kind::disconnected
+                                                        : model->connectionState().kind());
     QVERIFY(model->connectionState().kind() != PresetConnectionState::Kind::connected);
 }
 
 void PresetEditorModelTest::cachedListShowsBeforeTheFreshFetchEnds() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("P"), QStringLiteral("openai")));
-    m_keys.keys.insert(QStringLiteral("openai"), QStringLiteral("sk"));
-    m_cache.store(QStringLiteral("openai"),
-                  {QStringLiteral("cached-a"), QStringLiteral("cached-b")});
-    auto model = open(preset);
+    const QStringList cached{QStringLiteral("cached-a"), QStringLiteral("cached-b")};
+    m_cache.store(openai, cached);
+    auto model = open(stored(QStringLiteral("P"), openai, {}, std::nullopt, QStringLiteral("sk")));
     QTRY_COMPARE(m_loads.size(), 1);
-    QCOMPARE(model->availableModels(),
-             QStringList({QStringLiteral("cached-a"), QStringLiteral("cached-b")}));
+    QCOMPARE(model->availableModels(), cached);
     QCOMPARE(model->connectionState().kind(), PresetConnectionState::Kind::connecting);
     m_loads.first().promise.resolve(QStringList{QStringLiteral("fresh")});
     QTRY_COMPARE(model->availableModels(), QStringList{QStringLiteral("fresh")});
     QCOMPARE(model->connectionState().kind(), PresetConnectionState::Kind::connected);
-    QCOMPARE(m_cache.lookup(QStringLiteral("openai")), QStringList{QStringLiteral("fresh")});
+    QCOMPARE(m_cache.lookup(openai), QStringList{QStringLiteral("fresh")});
 }
 
 void PresetEditorModelTest::failedModelListShowsItsSentence() {
-    const Preset preset =
-        addToStore(makePreset(QStringLiteral("P"), customProviderID(), {}, localURL));
-    auto model = open(preset);
+    auto model = open(stored(QStringLiteral("P"), customProviderID(), {}, localURL));
     QTRY_COMPARE(m_loads.size(), 1);
     QCOMPARE(m_loads.first().key, std::nullopt);
-    m_loads.first().promise.resolve(
-        std::unexpected(ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::notFound)));
+    const auto notFound = ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::notFound);
+    m_loads.first().promise.resolve(std::unexpected(notFound));
     QTRY_COMPARE(model->connectionState().kind(), PresetConnectionState::Kind::failed);
-    QCOMPARE(model->connectionState().message(),
-             ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::notFound).message());
+    QCOMPARE(model->connectionState().message(), notFound.message());
 }
 
 void PresetEditorModelTest::canRunTest_data() {
@@ -256,7 +276,6 @@ void PresetEditorModelTest::canRunTest_data() {
     QTest::addColumn<QString>("typedKey");
     QTest::addColumn<bool>("expected");
 
-    const QString openai = QStringLiteral("openai");
     const QString onDevice = Preset::onDeviceProviderID();
     const QString custom = customProviderID();
     const QString gpt = QStringLiteral("gpt");
@@ -276,12 +295,10 @@ void PresetEditorModelTest::canRunTest() {
     QFETCH(QString, typedKey);
     QFETCH(bool, expected);
 
-    const Preset preset = addToStore(
-        makePreset(QStringLiteral("P"), providerID, modelName,
-                   providerID == customProviderID() ? std::optional(localURL) : std::nullopt));
-    if (storedKey)
-        m_keys.keys.insert(accountOf(preset), QStringLiteral("sk"));
-    auto model = open(preset);
+    const bool custom = providerID == customProviderID();
+    auto model = open(stored(QStringLiteral("P"), providerID, modelName,
+                             custom ? std::optional(localURL) : std::nullopt,
+                             storedKey ? QStringLiteral("sk") : QString()));
     QTest::qWait(10);
     if (!typedKey.isEmpty())
         model->setAPIKey(typedKey);
@@ -322,9 +339,8 @@ void PresetEditorModelTest::testOutcomes() {
     QFETCH(QString, text);
     QFETCH(bool, succeeded);
 
-    const Preset preset = addToStore(
-        makePreset(QStringLiteral("P"), customProviderID(), QStringLiteral("llama"), localURL));
-    auto model = open(preset);
+    auto model =
+        open(stored(QStringLiteral("P"), customProviderID(), QStringLiteral("llama"), localURL));
     model->runTest();
     QVERIFY(model->isTesting());
     QVERIFY(!model->canRunTest());
@@ -338,9 +354,7 @@ void PresetEditorModelTest::testOutcomes() {
 }
 
 void PresetEditorModelTest::testWithoutModelNeedsNoRequest() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("P"), QStringLiteral("openai")));
-    m_keys.keys.insert(QStringLiteral("openai"), QStringLiteral("sk"));
-    auto model = open(preset);
+    auto model = open(stored(QStringLiteral("P"), openai, {}, std::nullopt, QStringLiteral("sk")));
     model->runTest();
     QTRY_VERIFY(!model->isTesting());
     QCOMPARE(model->testStatus()->text(), QStringLiteral("Choose a model before testing."));
@@ -348,22 +362,19 @@ void PresetEditorModelTest::testWithoutModelNeedsNoRequest() {
 }
 
 void PresetEditorModelTest::testWaitsForTheKeyJustTyped() {
-    const Preset preset = addToStore(
-        makePreset(QStringLiteral("P"), QStringLiteral("openai"), QStringLiteral("gpt")));
-    auto model = open(preset);
+    auto model = open(stored(QStringLiteral("P"), openai, QStringLiteral("gpt")));
     QTest::qWait(10);
     model->setAPIKey(QStringLiteral("  sk-typed\n"));
     model->runTest();
     QTRY_COMPARE(m_tests.size(), 1);
     // The key reached the store before the test started, trimmed.
-    QCOMPARE(m_keys.keys.value(QStringLiteral("openai")), QStringLiteral("sk-typed"));
+    QCOMPARE(m_keys.keys.value(openai), QStringLiteral("sk-typed"));
     QCOMPARE(m_keys.operations(Op::save).size(), 1);
     QCOMPARE(m_tests.first().preset.model, QStringLiteral("gpt"));
 }
 
 void PresetEditorModelTest::keyCommitTrimsAndReconnects() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("P"), QStringLiteral("groq")));
-    auto model = open(preset);
+    auto model = open(stored(QStringLiteral("P"), groq));
     QTest::qWait(10);
     QVERIFY(m_loads.isEmpty()); // no key yet: nothing to connect with
     model->setAPIKey(QStringLiteral(" gsk"));
@@ -378,19 +389,17 @@ void PresetEditorModelTest::keyCommitTrimsAndReconnects() {
 }
 
 void PresetEditorModelTest::failedKeySaveKeepsTheSavedKey() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("P"), QStringLiteral("groq")));
-    m_keys.keys.insert(QStringLiteral("groq"), QStringLiteral("old"));
-    auto model = open(preset);
+    auto model = open(stored(QStringLiteral("P"), groq, {}, std::nullopt, QStringLiteral("old")));
     QTRY_COMPARE(model->committedKey(), QStringLiteral("old"));
+    const QString unchanged = QStringLiteral(" The saved API key is unchanged.");
     m_keys.failSaves = true;
     model->setAPIKey(QStringLiteral("new"));
     QTRY_COMPARE_WITH_TIMEOUT(model->connectionState().kind(), PresetConnectionState::Kind::failed,
                               settleMs);
     QVERIFY(model->connectionState().savedKeyUnchanged());
-    QVERIFY(model->connectionState().message().endsWith(
-        QStringLiteral(" The saved API key is unchanged.")));
+    QVERIFY(model->connectionState().message().endsWith(unchanged));
     QCOMPARE(model->committedKey(), QStringLiteral("old"));
-    QCOMPARE(m_keys.keys.value(QStringLiteral("groq")), QStringLiteral("old"));
+    QCOMPARE(m_keys.keys.value(groq), QStringLiteral("old"));
 
     // A key the store refuses as malformed says why instead.
     m_keys.failSaves = false;
@@ -398,72 +407,43 @@ void PresetEditorModelTest::failedKeySaveKeepsTheSavedKey() {
     QTRY_VERIFY_WITH_TIMEOUT(
         model->connectionState().message().startsWith(KeychainError::invalidKey().saveMessage()),
         settleMs);
-    QVERIFY(model->connectionState().message().endsWith(
-        QStringLiteral(" The saved API key is unchanged.")));
+    QVERIFY(model->connectionState().message().endsWith(unchanged));
 }
 
-void PresetEditorModelTest::sharedKeyRemovalAsksFirst_data() {
+void PresetEditorModelTest::clearingTheKey_data() {
+    QTest::addColumn<bool>("shared");
     QTest::addColumn<bool>("confirm");
-    QTest::newRow("cancel") << false;
-    QTest::newRow("remove") << true;
+    QTest::addColumn<bool>("removed");
+    QTest::newRow("shared, cancelled") << true << false << false;
+    QTest::newRow("shared, confirmed") << true << true << true;
+    // Nobody else loses it: no question, removed after the pause.
+    QTest::newRow("not shared") << false << false << true;
 }
 
-void PresetEditorModelTest::sharedKeyRemovalAsksFirst() {
+void PresetEditorModelTest::clearingTheKey() {
+    QFETCH(bool, shared);
     QFETCH(bool, confirm);
-    const Preset preset = addToStore(makePreset(QStringLiteral("A"), QStringLiteral("openai")));
-    addToStore(makePreset(QStringLiteral("B"), QStringLiteral("openai")));
-    m_keys.keys.insert(QStringLiteral("openai"), QStringLiteral("sk"));
-    auto model = open(preset);
+    QFETCH(bool, removed);
+    auto model = open(stored(QStringLiteral("A"), openai, {}, std::nullopt, QStringLiteral("sk")));
+    stored(QStringLiteral("B"), shared ? openai : groq);
     QTRY_VERIFY(model->hasStoredCredential());
     QSignalSpy asked(model.get(), &PresetEditorModel::keyRemovalConfirmationRequested);
     model->setAPIKey(QStringLiteral(" "));
-    QCOMPARE(asked.size(), 1);
-    QVERIFY(model->isAwaitingKeyRemovalConfirmation());
-    QTest::qWait(settleMs);
-    QVERIFY(m_keys.operations(Op::remove).isEmpty());
-    QVERIFY(m_keys.operations(Op::save).isEmpty());
-    if (confirm) {
-        model->confirmKeyRemoval();
-        QTRY_VERIFY(!model->hasStoredCredential());
-        QVERIFY(!m_keys.keys.contains(QStringLiteral("openai")));
-    } else {
-        model->cancelKeyRemoval();
-        QCOMPARE(model->apiKey(), QStringLiteral("sk"));
+    QCOMPARE(asked.size(), int(shared));
+    QCOMPARE(model->isAwaitingKeyRemovalConfirmation(), shared);
+    QVERIFY(m_keys.keys.contains(openai));
+    if (shared) {
+        // Nothing happens until the question is answered.
         QTest::qWait(settleMs);
-        QVERIFY(m_keys.keys.contains(QStringLiteral("openai")));
-        QVERIFY(model->hasStoredCredential());
+        QVERIFY(m_keys.operations(Op::remove).isEmpty());
+        QVERIFY(m_keys.operations(Op::save).isEmpty());
+        confirm ? model->confirmKeyRemoval() : model->cancelKeyRemoval();
     }
-}
-
-void PresetEditorModelTest::confirmedRemovalClearsEveryTrace() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("A"), QStringLiteral("openai")));
-    m_keys.keys.insert(QStringLiteral("openai"), QStringLiteral("sk"));
-    auto model = open(preset);
-    QTRY_COMPARE(m_loads.size(), 1);
-    const Load pending = m_loads.first();
-    model->removeStoredKey();
-    QTRY_VERIFY(!model->hasStoredCredential());
-    pending.promise.resolve(QStringList{QStringLiteral("late")});
-    QTest::qWait(20);
-    QVERIFY(model->availableModels().isEmpty());
-    QCOMPARE(model->apiKey(), QString());
-    QCOMPARE(model->committedKey(), QString());
-    QVERIFY(!m_cache.lookup(QStringLiteral("openai")));
-    QCOMPARE(model->connectionState().kind(), PresetConnectionState::Kind::disconnected);
-}
-
-void PresetEditorModelTest::unsharedKeyIsRemovedAfterThePause() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("A"), QStringLiteral("openai")));
-    addToStore(makePreset(QStringLiteral("Other provider"), QStringLiteral("groq")));
-    m_keys.keys.insert(QStringLiteral("openai"), QStringLiteral("sk"));
-    auto model = open(preset);
-    QTRY_VERIFY(model->hasStoredCredential());
-    QSignalSpy asked(model.get(), &PresetEditorModel::keyRemovalConfirmationRequested);
-    model->setAPIKey({});
-    QCOMPARE(asked.size(), 0);
-    QVERIFY(m_keys.keys.contains(QStringLiteral("openai")));
-    QTRY_VERIFY_WITH_TIMEOUT(!m_keys.keys.contains(QStringLiteral("openai")), settleMs);
-    QTRY_VERIFY(!model->hasStoredCredential());
+    QTRY_COMPARE_WITH_TIMEOUT(m_keys.keys.contains(openai), !removed, settleMs);
+    QTest::qWait(settleMs);
+    QCOMPARE(m_keys.keys.contains(openai), !removed);
+    QCOMPARE(model->hasStoredCredential(), !removed);
+    QCOMPARE(model->apiKey(), removed ? QString() : QStringLiteral("sk"));
 }
 
 void PresetEditorModelTest::removalMessage_data() {
@@ -481,27 +461,18 @@ void PresetEditorModelTest::removalMessage() {
     QFETCH(QStringList, otherNames);
     QFETCH(QString, message);
 
-    const Preset preset = addToStore(makePreset(QStringLiteral("Mine"), QStringLiteral("openai")));
+    const Preset preset = stored(QStringLiteral("Mine"), openai);
     // Presets of another provider or another address never count.
-    addToStore(makePreset(QStringLiteral("Groq"), QStringLiteral("groq")));
-    addToStore(makePreset(QStringLiteral("Local"), customProviderID(), {}, localURL));
+    stored(QStringLiteral("Groq"), groq);
+    stored(QStringLiteral("Local"), customProviderID(), {}, localURL);
     for (const QString& name : otherNames)
-        addToStore(makePreset(name, QStringLiteral("openai")));
+        stored(name, openai);
     auto model = open(preset);
     QStringList sharing;
     for (const Preset& other : model->presetsSharingKey())
         sharing.append(other.name);
     QCOMPARE(sharing, otherNames);
     QCOMPARE(PresetEditorModel::keyRemovalMessage(model->presetsSharingKey()), message);
-}
-
-void PresetEditorModelTest::pendingSaveIsWrittenWhenTheEditorGoesAway() {
-    const Preset preset = addToStore(makePreset(QStringLiteral("Draft"), QStringLiteral("openai")));
-    auto model = open(preset);
-    model->setInstructions(QStringLiteral("New instructions"));
-    model.reset();
-    QCOMPARE(m_store->preset(preset.id)->instructions, QStringLiteral("New instructions"));
-    QCOMPARE(m_changes, 1);
 }
 
 QTEST_GUILESS_MAIN(PresetEditorModelTest)

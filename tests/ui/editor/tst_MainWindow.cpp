@@ -7,13 +7,12 @@
 #include "editor/PresetSidebar.h"
 #include "presets/PresetStore.h"
 #include "support/FakeKeyStore.h"
+#include "support/ModalScript.h"
 
 #include <QFileDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
@@ -21,6 +20,7 @@
 #include <QtTest>
 
 using namespace scrivel;
+using test::ModalScript;
 
 namespace {
 
@@ -46,29 +46,11 @@ PresetPackDocument pack(const std::optional<QString>& name, int size,
     return document;
 }
 
-// Answers the modal dialogs that open, one after the other, with the given
-// steps; each step sees the dialog that is up.
-class ModalScript : public QObject {
-public:
-    using Step = std::function<void(QWidget*)>;
-    explicit ModalScript(QList<Step> steps) : m_steps(std::move(steps)) {
-        m_poll.setInterval(10);
-        QObject::connect(&m_poll, &QTimer::timeout, this, [this] {
-            QWidget* modal = QApplication::activeModalWidget();
-            if (!modal || modal == m_last || m_steps.isEmpty())
-                return;
-            m_last = modal;
-            m_steps.takeFirst()(modal);
-        });
-        m_poll.start();
-    }
-    bool done() const { return m_steps.isEmpty(); }
-
-private:
-    QList<Step> m_steps;
-    QTimer m_poll;
-    QPointer<QWidget> m_last;
-};
+// Whether a label of widget says text.
+bool says(const QWidget* widget, const QString& text) {
+    const auto labels = widget->findChildren<QLabel*>();
+    return std::ranges::any_of(labels, [&](const QLabel* label) { return label->text() == text; });
+}
 
 } // namespace
 
@@ -85,7 +67,7 @@ private Q_SLOTS:
     void menuBarHoldsTheApplicationMenus();
     void packPickerTexts_data();
     void packPickerTexts();
-    void packPickerAddsCopies();
+    void packPickerSaysWhenEmptyAndAddsCopies();
     void importOfANonPackShowsTheAlertAndChangesNothing();
     void exportProposesThePresetName();
 
@@ -182,24 +164,13 @@ void MainWindowTest::deleteConfirmationTexts() {
     m_controller->present(false);
     const Preset victim = m_store->presets()[1];
     m_controller->model().setSelection(MainSidebarItem::preset(victim.id));
-    QString title, informative;
-    QStringList buttons;
-    QTimer::singleShot(50, [&] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        QVERIFY(box);
-        title = box->text();
-        informative = box->informativeText();
-        for (QAbstractButton* button : box->buttons())
-            buttons.append(button->text());
-        for (QAbstractButton* button : box->buttons())
-            if (button->text() == QStringLiteral("Delete Preset"))
-                button->click();
-    });
+    test::MessageBoxSeen box;
+    ModalScript script({test::answerMessageBox(box, QStringLiteral("Delete Preset"))});
     QTest::mouseClick(m_controller->window()->sidebar()->deleteButton(), Qt::LeftButton);
     QTRY_VERIFY(!m_store->preset(victim.id));
-    QCOMPARE(title, QStringLiteral("Delete this preset?"));
-    QCOMPARE(informative, QStringLiteral("“%1” will be permanently deleted.").arg(victim.name));
-    QVERIFY(buttons.contains(QStringLiteral("Cancel")));
+    QCOMPARE(box.text, QStringLiteral("Delete this preset?"));
+    QCOMPARE(box.informative, QStringLiteral("“%1” will be permanently deleted.").arg(victim.name));
+    QVERIFY(box.buttons.contains(QStringLiteral("Cancel")));
 }
 
 void MainWindowTest::settingsEntryShowsTheSettingsPage() {
@@ -210,11 +181,7 @@ void MainWindowTest::settingsEntryShowsTheSettingsPage() {
     QCOMPARE(m_controller->model().selection(), MainSidebarItem::settings());
     QCOMPARE(window->detail()->objectName(), QStringLiteral("settingsPage"));
     m_controller->model().setSelection(std::nullopt);
-    QVERIFY(window->detail()->findChildren<QLabel*>().size() >= 1);
-    bool emptyState = false;
-    for (const QLabel* label : window->detail()->findChildren<QLabel*>())
-        emptyState |= label->text() == QStringLiteral("Select a preset");
-    QVERIFY(emptyState);
+    QVERIFY(says(window->detail(), QStringLiteral("Select a preset")));
 }
 
 void MainWindowTest::menuBarHoldsTheApplicationMenus() {
@@ -252,16 +219,13 @@ void MainWindowTest::packPickerTexts() {
     QFETCH(QString, detail);
     QCOMPARE(PresetPackPickerDialog::displayName(document), name);
     QCOMPARE(PresetPackPickerDialog::detailText(document), detail);
-
-    PresetPackPickerDialog empty({});
-    bool saysNone = false;
-    for (const QLabel* label : empty.findChildren<QLabel*>())
-        saysNone |= label->text() == QStringLiteral("No bundled packs found.");
-    QVERIFY(saysNone);
-    QVERIFY(!empty.addButton()->isEnabled());
 }
 
-void MainWindowTest::packPickerAddsCopies() {
+void MainWindowTest::packPickerSaysWhenEmptyAndAddsCopies() {
+    PresetPackPickerDialog empty({});
+    QVERIFY(says(&empty, QStringLiteral("No bundled packs found.")));
+    QVERIFY(!empty.addButton()->isEnabled());
+
     m_packs = {pack(QStringLiteral("Mail"), 2, std::nullopt)};
     const qsizetype before = m_store->presets().size();
     m_controller->addFromPack();
@@ -287,8 +251,8 @@ void MainWindowTest::importOfANonPackShowsTheAlertAndChangesNothing() {
     file.close();
     const QList<Preset> before = m_store->presets();
 
-    QString title, message, acceptLabel;
-    QStringList buttons;
+    QString acceptLabel;
+    test::MessageBoxSeen box;
     ModalScript script({[&](QWidget* modal) {
                             auto* dialog = qobject_cast<QFileDialog*>(modal);
                             QVERIFY(dialog);
@@ -296,21 +260,13 @@ void MainWindowTest::importOfANonPackShowsTheAlertAndChangesNothing() {
                             dialog->selectFile(path);
                             static_cast<QDialog*>(dialog)->accept();
                         },
-                        [&](QWidget* modal) {
-                            auto* box = qobject_cast<QMessageBox*>(modal);
-                            QVERIFY(box);
-                            title = box->text();
-                            message = box->informativeText();
-                            for (QAbstractButton* button : box->buttons())
-                                buttons.append(button->text());
-                            box->buttons().first()->click();
-                        }});
+                        test::answerMessageBox(box, QStringLiteral("Close"))});
     m_controller->importPresets();
     QTRY_VERIFY(script.done());
     QCOMPARE(acceptLabel, QStringLiteral("Import"));
-    QCOMPARE(title, QStringLiteral("Couldn’t import presets"));
-    QCOMPARE(message, QStringLiteral("This file is not a valid Scrivel preset pack."));
-    QCOMPARE(buttons, QStringList{QStringLiteral("Close")});
+    QCOMPARE(box.text, QStringLiteral("Couldn’t import presets"));
+    QCOMPARE(box.informative, QStringLiteral("This file is not a valid Scrivel preset pack."));
+    QCOMPARE(box.buttons, QStringList{QStringLiteral("Close")});
     QCOMPARE(m_store->presets(), before);
 }
 

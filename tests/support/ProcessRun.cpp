@@ -1,0 +1,88 @@
+#include "support/ProcessRun.h"
+
+#include "presets/PresetPackDocument.h"
+
+#include <QDir>
+#include <QFile>
+#include <QHash>
+#include <QProcess>
+#include <QTest>
+
+namespace scrivel::test {
+
+QProcessEnvironment scrivelEnvironment(const QString& home) {
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/data"));
+    env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
+    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    env.remove(QStringLiteral("http_proxy"));
+    env.remove(QStringLiteral("HTTP_PROXY"));
+    return env;
+}
+
+ProcessRun runProcess(const QString& program, const QStringList& arguments,
+                      const QProcessEnvironment& environment, const QByteArray& input,
+                      int timeoutMs) {
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    if (!process.waitForStarted())
+        return {};
+    process.write(input);
+    process.closeWriteChannel();
+    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, timeoutMs)) {
+        process.kill();
+        process.waitForFinished(1000);
+    }
+    ProcessRun run;
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
+}
+
+QString writeLocalPresetPack(const QString& folder, const QString& baseURL) {
+    PresetPackItem item;
+    item.name = QStringLiteral("Local");
+    item.providerID = QStringLiteral("custom");
+    item.customBaseURL = baseURL;
+    item.model = QStringLiteral("local-model");
+    item.instructions = QStringLiteral("Fix it.");
+    PresetPackDocument pack;
+    pack.name = QStringLiteral("Local");
+    pack.presets = {item};
+    const QString path = QDir(folder).filePath(QStringLiteral("local.scrivel.json"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(*pack.encode()) < 0)
+        return {};
+    return path;
+}
+
+QList<VisibleWindow> visibleWindows(const QStringList& search) {
+    const auto xdotool = [](const QStringList& arguments) {
+        QProcess process;
+        process.start(QStringLiteral("xdotool"), arguments);
+        process.waitForFinished(10000);
+        return process.readAllStandardOutput();
+    };
+    QList<VisibleWindow> windows;
+    const QByteArray ids = xdotool(QStringList{"search", "--onlyvisible"} + search);
+    for (const QByteArray& id : ids.trimmed().split('\n')) {
+        if (id.isEmpty())
+            continue;
+        QHash<QByteArray, int> values;
+        const QString window = QString::fromLatin1(id);
+        for (const QByteArray& line :
+             xdotool({"getwindowgeometry", "--shell", window}).split('\n')) {
+            const qsizetype equals = line.indexOf('=');
+            if (equals > 0)
+                values.insert(line.left(equals), line.mid(equals + 1).toInt());
+        }
+        windows.append({window, QRect(values.value("X"), values.value("Y"), values.value("WIDTH"),
+                                      values.value("HEIGHT"))});
+    }
+    return windows;
+}
+
+} // namespace scrivel::test

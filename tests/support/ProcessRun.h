@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcessEnvironment>
+#include <QRect>
+#include <QStringList>
+
+namespace scrivel::test {
+
+// What a finished program left behind; exitCode is -1 when it crashed or had
+// to be killed.
+struct ProcessRun {
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// The environment for a Scrivel binary that keeps its settings, presets and
+// keys (in the file store) under home, uses the real display rather than the
+// test platform, and reaches the loopback server without a proxy.
+QProcessEnvironment scrivelEnvironment(const QString& home);
+
+// Runs program to its end with input on its standard input. The event loop
+// keeps turning meanwhile: the loopback server the program talks to lives in
+// this process. The program is killed after timeoutMs.
+ProcessRun runProcess(const QString& program, const QStringList& arguments,
+                      const QProcessEnvironment& environment, const QByteArray& input = {},
+                      int timeoutMs = 20000);
+
+// Writes a pack of one preset, "Local", for the OpenAI-compatible server at
+// baseURL into folder and returns the file's path (empty if it could not be
+// written).
+QString writeLocalPresetPack(const QString& folder, const QString& baseURL);
+
+struct VisibleWindow {
+    QString id;
+    QRect geometry;
+};
+
+// The visible windows xdotool finds for these search arguments (such as
+// {"--name", "^Scrivel$"}), in the order it lists them.
+QList<VisibleWindow> visibleWindows(const QStringList& search);
+
+} // namespace scrivel::test
