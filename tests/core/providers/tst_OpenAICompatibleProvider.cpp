@@ -12,6 +12,15 @@ using namespace scrivel;
 using test::ScriptedHttpServer;
 using Response = ScriptedHttpServer::Response;
 
+using Responses = QList<Response>; // in turn, the last one repeated
+
+// Table rows take one response or several.
+struct Script : Responses {
+    Script(const Response& response) : Responses{response} {}
+    Script(const Responses& responses) : Responses(responses) {}
+    Script(std::initializer_list<Response> responses) : Responses(responses) {}
+};
+
 Q_DECLARE_METATYPE(Response)
 
 namespace {
@@ -63,8 +72,6 @@ private Q_SLOTS:
     void streams();
     void requestsCarryTheKey_data();
     void requestsCarryTheKey();
-    void redirects_data();
-    void redirects();
     void cancellingClosesTheConnection();
     void modelLists_data();
     void modelLists();
@@ -78,8 +85,17 @@ private:
     endpoint(EndpointAuthenticationPolicy policy = EndpointAuthenticationPolicy::optional,
              const QString& id = QStringLiteral("custom")) const;
     StreamRun run(OpenAICompatibleProvider& provider, const QString& text = QStringLiteral("in"));
-    void serve(const Response& response) {
-        m_server->setHandler([response](const auto&) { return response; });
+    // Serves the responses in turn, the last one again and again, with
+    // "http://this.server" standing for the server's own address.
+    void serve(Script responses) {
+        for (Response& response : responses) {
+            for (ScriptedHttpServer::Write& write : response.writes)
+                write.bytes.replace("http://this.server", m_server->url({}).toEncoded());
+        }
+        auto calls = std::make_shared<qsizetype>(0);
+        m_server->setHandler([responses, calls](const auto&) {
+            return responses[qMin((*calls)++, responses.size() - 1)];
+        });
     }
 
     std::unique_ptr<ScriptedHttpServer> m_server;
@@ -126,12 +142,12 @@ StreamRun OpenAICompatibleProviderTest::run(OpenAICompatibleProvider& provider,
 }
 
 void OpenAICompatibleProviderTest::streams_data() {
-    QTest::addColumn<Response>("response");
+    QTest::addColumn<Responses>("responses");
     QTest::addColumn<QString>("outcome");
     QTest::addColumn<QString>("firstPartial"); // null: not checked
-    const auto row = [](const char* name, const Response& response, const QString& outcome,
+    const auto row = [](const char* name, const Script& responses, const QString& outcome,
                         const QString& firstPartial = {}) {
-        QTest::newRow(name) << response << outcome << firstPartial;
+        QTest::newRow(name) << Responses(responses) << outcome << firstPartial;
     };
     const auto stream = [](const QByteArray& body) {
         return ScriptedHttpServer::eventStream(body, true, 5, 1);
@@ -207,13 +223,22 @@ void OpenAICompatibleProviderTest::streams_data() {
     stalled.writes.removeLast();
     stalled.stall = true;
     row("stalled in the middle of the body", stalled, "dropped", "so far");
+
+    // Redirects within the endpoint are followed; the POST goes again.
+    row("307",
+        {ScriptedHttpServer::redirect(307, "http://this.server/v1/chat/completions"),
+         stream(sse({"moved"}))},
+        "moved");
+    row("302 to another server is the final response",
+        {ScriptedHttpServer::redirect(302, "http://127.0.0.1:1/v1/chat/completions")},
+        "The provider returned error 302.");
 }
 
 void OpenAICompatibleProviderTest::streams() {
-    QFETCH(Response, response);
+    QFETCH(Responses, responses);
     QFETCH(QString, outcome);
     QFETCH(QString, firstPartial);
-    serve(response);
+    serve(responses);
     OpenAICompatibleProvider provider(endpoint(), *m_keys);
     provider.setTimeouts({std::chrono::milliseconds(300), std::chrono::milliseconds(5000)});
     const StreamRun result = run(provider);
@@ -228,6 +253,9 @@ void OpenAICompatibleProviderTest::streams() {
     }
     if (!firstPartial.isNull())
         QCOMPARE(result.partials.value(0), firstPartial);
+    for (const auto& request : m_server->requests())
+        QCOMPARE(request.method + request.body,
+                 m_server->requests().first().method + m_server->requests().first().body);
 }
 
 void OpenAICompatibleProviderTest::requestsCarryTheKey_data() {
@@ -307,56 +335,6 @@ void OpenAICompatibleProviderTest::requestsCarryTheKey() {
     }
 }
 
-void OpenAICompatibleProviderTest::redirects_data() {
-    QTest::addColumn<bool>("models"); // the model list, else a stream
-    QTest::addColumn<int>("status");
-    QTest::addColumn<bool>("elsewhere"); // to another server
-    QTest::addColumn<int>("redirects");  // before the answer
-    QTest::addColumn<QString>("outcome");
-    QTest::addColumn<int>("requests");
-    QTest::newRow("307 on a stream: the POST goes again")
-        << false << 307 << false << 1 << "moved" << 2;
-    QTest::newRow("302 to another server is the final response")
-        << false << 302 << true << 1 << "The provider returned error 302." << 1;
-    QTest::newRow("303 on the model list") << true << 303 << false << 1 << "m1" << 2;
-    QTest::newRow("ten are followed, the eleventh is the final response")
-        << true << 307 << false << 100 << "status(307)" << 11;
-}
-
-void OpenAICompatibleProviderTest::redirects() {
-    QFETCH(bool, models);
-    QFETCH(int, status);
-    QFETCH(bool, elsewhere);
-    QFETCH(int, redirects);
-    QFETCH(QString, outcome);
-    QFETCH(int, requests);
-    ScriptedHttpServer other;
-    QVERIFY(other.start());
-    const QString path =
-        models ? QStringLiteral("/v1/models") : QStringLiteral("/v1/chat/completions");
-    const QByteArray target = (elsewhere ? other.url(path) : m_server->url(path)).toEncoded();
-    const Response answer = models ? ScriptedHttpServer::status(200, R"({"data":[{"id":"m1"}]})")
-                                   : ScriptedHttpServer::eventStream(sse({"moved"}), true);
-    other.setHandler([answer](const auto&) { return answer; });
-    int calls = 0;
-    m_server->setHandler([&](const auto&) {
-        return ++calls <= redirects ? ScriptedHttpServer::redirect(status, target) : answer;
-    });
-    OpenAICompatibleProvider provider(endpoint(), *m_keys);
-    if (models) {
-        QCOMPARE(rendered(test::waitFor(provider.fetchModels(EndpointCredential::none()))),
-                 outcome);
-    } else {
-        QCOMPARE(run(provider).outcome(), outcome);
-    }
-    QCOMPARE(m_server->requests().size(), requests);
-    const auto& last = m_server->requests().last();
-    QCOMPARE(last.method, m_server->requests().first().method);
-    QCOMPARE(last.body, m_server->requests().first().body);
-    QTest::qWait(20);
-    QVERIFY(other.requests().isEmpty());
-}
-
 void OpenAICompatibleProviderTest::cancellingClosesTheConnection() {
     serve(ScriptedHttpServer::eventStream(sse({"one", "two", "three"}), true, 20, 300));
     OpenAICompatibleProvider provider(endpoint(), *m_keys);
@@ -373,10 +351,10 @@ void OpenAICompatibleProviderTest::cancellingClosesTheConnection() {
 }
 
 void OpenAICompatibleProviderTest::modelLists_data() {
-    QTest::addColumn<Response>("response");
+    QTest::addColumn<Responses>("responses");
     QTest::addColumn<QString>("models"); // or the failure
-    const auto row = [](const char* name, const Response& response, const QString& models) {
-        QTest::newRow(name) << response << models;
+    const auto row = [](const char* name, const Script& responses, const QString& models) {
+        QTest::newRow(name) << Responses(responses) << models;
     };
     const auto list = [](const QByteArray& body) { return ScriptedHttpServer::status(200, body); };
     row("filtered and sorted",
@@ -392,14 +370,19 @@ void OpenAICompatibleProviderTest::modelLists_data() {
     row("exactly the limit", list(exact), "gpt-4o");
     const QByteArray over = head + QByteArray(524289 - head.size() - 2, 'p') + "\"}";
     row("one byte over", list(over), "responseTooLarge");
-    row("one byte over without a length", ScriptedHttpServer::eventStream(over, true, 65536),
+    row("one byte over without a length", {ScriptedHttpServer::eventStream(over, true, 65536)},
         "responseTooLarge");
+    const Response list1 = list(R"({"data":[{"id":"m1"}]})");
+    const Response again = ScriptedHttpServer::redirect(307, "http://this.server/v1/models");
+    row("303", {ScriptedHttpServer::redirect(303, "http://this.server/v1/models"), list1}, "m1");
+    row("ten redirects are followed", Responses(10, again) << list1, "m1");
+    row("the eleventh is the final response", Responses(11, again) << list1, "status(307)");
 }
 
 void OpenAICompatibleProviderTest::modelLists() {
-    QFETCH(Response, response);
+    QFETCH(Responses, responses);
     QFETCH(QString, models);
-    serve(response);
+    serve(responses);
     OpenAICompatibleProvider provider(endpoint(), *m_keys);
     const auto result = test::waitFor(provider.fetchModels(EndpointCredential::candidate(" k ")));
     QCOMPARE(m_server->requests().last().headers.value("authorization"), QByteArray("Bearer k"));
