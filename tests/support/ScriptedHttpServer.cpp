@@ -8,30 +8,33 @@
 
 namespace scrivel::test {
 
-ScriptedHttpServer::ScriptedHttpServer(QObject* parent) : QObject(parent) {
-    connect(&m_server, &QTcpServer::newConnection, this, &ScriptedHttpServer::accept);
-    m_handler = [](const Request&) { return status(404); };
+namespace {
+
+QByteArray head(const QByteArray& statusLine, const QList<QByteArray>& fields) {
+    return "HTTP/1.1 " + statusLine + "\r\n" + fields.join("\r\n") +
+           "\r\nConnection: close\r\n\r\n";
 }
 
-bool ScriptedHttpServer::start() {
-    return m_server.listen(QHostAddress::LocalHost, 0);
+} // namespace
+
+ScriptedHttpServer::ScriptedHttpServer(QObject* parent) : QObject(parent) {
+    m_handler = [](const Request&) { return status(404); };
+    connect(&m_server, &QTcpServer::newConnection, this, [this] {
+        while (QTcpSocket* socket = m_server.nextPendingConnection()) {
+            socket->setParent(this);
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { readFrom(socket); });
+            connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+                if (!m_closedByServer.remove(socket))
+                    ++m_closedByClient;
+                m_buffers.remove(socket);
+                socket->deleteLater();
+            });
+        }
+    });
 }
 
 QUrl ScriptedHttpServer::url(const QString& path) const {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(port()).arg(path));
-}
-
-void ScriptedHttpServer::accept() {
-    while (QTcpSocket* socket = m_server.nextPendingConnection()) {
-        socket->setParent(this);
-        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { readFrom(socket); });
-        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-            if (!m_serverClosing.value(socket))
-                ++m_closedByClient;
-            m_buffers.remove(socket);
-            socket->deleteLater();
-        });
-    }
+    return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path));
 }
 
 void ScriptedHttpServer::readFrom(QTcpSocket* socket) {
@@ -42,15 +45,13 @@ void ScriptedHttpServer::readFrom(QTcpSocket* socket) {
         if (headEnd < 0)
             return;
         const QList<QByteArray> lines = buffer.left(headEnd).split('\n');
-        Request request;
         const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
-        request.method = first.value(0);
-        request.path = first.value(1);
-        for (qsizetype i = 1; i < lines.size(); ++i) {
-            const qsizetype colon = lines[i].indexOf(':');
+        Request request{first.value(0), first.value(1), {}, {}};
+        for (const QByteArray& line : lines.mid(1)) {
+            const qsizetype colon = line.indexOf(':');
             if (colon > 0)
-                request.headers.insert(lines[i].left(colon).trimmed().toLower(),
-                                       lines[i].mid(colon + 1).trimmed());
+                request.headers.insert(line.left(colon).trimmed().toLower(),
+                                       line.mid(colon + 1).trimmed());
         }
         const qsizetype length = request.headers.value("content-length").toLongLong();
         if (buffer.size() < headEnd + 4 + length)
@@ -58,62 +59,55 @@ void ScriptedHttpServer::readFrom(QTcpSocket* socket) {
         request.body = buffer.mid(headEnd + 4, length);
         buffer.remove(0, headEnd + 4 + length);
         m_requests.append(request);
-        Q_EMIT requestReceived();
         respond(socket, m_handler(request), 0);
     }
 }
 
 void ScriptedHttpServer::respond(QTcpSocket* socket, const Response& response, int index) {
-    QPointer<QTcpSocket> guard(socket);
-    if (index >= response.writes.size()) {
-        if (response.closeAfter && !response.stall && guard) {
-            m_serverClosing[socket] = true;
+    if (index == response.writes.size()) {
+        if (!response.stall) {
+            m_closedByServer.insert(socket);
             socket->disconnectFromHost();
         }
         return;
     }
-    const Write& write = response.writes[index];
-    auto send = [this, guard, response, index] {
+    auto send = [this, guard = QPointer(socket), response, index] {
         if (!guard || guard->state() != QAbstractSocket::ConnectedState)
             return;
         guard->write(response.writes[index].bytes);
         guard->flush();
         respond(guard, response, index + 1);
     };
-    if (write.delayMs > 0)
-        QTimer::singleShot(write.delayMs, this, send);
+    if (response.writes[index].delayMs > 0)
+        QTimer::singleShot(response.writes[index].delayMs, this, send);
     else
         send();
 }
 
-ScriptedHttpServer::Response ScriptedHttpServer::status(int code, const QByteArray& body,
-                                                        const QList<QByteArray>& extraHeaders) {
-    QByteArray head = "HTTP/1.1 " + QByteArray::number(code) + " Status\r\n";
-    for (const QByteArray& header : extraHeaders)
-        head += header + "\r\n";
-    head += "Content-Type: application/json\r\nContent-Length: " + QByteArray::number(body.size()) +
-            "\r\nConnection: close\r\n\r\n";
-    return Response{{Write{head + body, 0}}, true, false};
+ScriptedHttpServer::Response ScriptedHttpServer::status(int code, const QByteArray& body) {
+    return {{{head(QByteArray::number(code) + " Status",
+                   {"Content-Type: application/json",
+                    "Content-Length: " + QByteArray::number(body.size())}) +
+              body}}};
 }
 
 ScriptedHttpServer::Response ScriptedHttpServer::redirect(int code, const QByteArray& location) {
-    return status(code, {}, {"Location: " + location});
+    return {{{head(QByteArray::number(code) + " Redirect",
+                   {"Location: " + location, "Content-Length: 0"})}}};
 }
 
 ScriptedHttpServer::Response ScriptedHttpServer::eventStream(const QByteArray& body, bool chunked,
                                                              int pieceSize, int delayMs) {
-    QByteArray head = "HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n";
-    head += chunked ? QByteArray("Transfer-Encoding: chunked\r\n")
-                    : "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
-    head += "Connection: close\r\n\r\n";
-    Response response;
-    response.writes.append({head, 0});
-    const int piece = pieceSize > 0 ? pieceSize : int(qMax<qsizetype>(body.size(), 1));
+    Response response{
+        {{head("200 OK", {"Content-Type: text/event-stream",
+                          chunked ? QByteArray("Transfer-Encoding: chunked")
+                                  : "Content-Length: " + QByteArray::number(body.size())})}}};
+    const qsizetype piece = pieceSize > 0 ? pieceSize : qMax<qsizetype>(body.size(), 1);
     for (qsizetype at = 0; at < body.size(); at += piece) {
         const QByteArray part = body.mid(at, piece);
-        const QByteArray framed =
-            chunked ? QByteArray::number(part.size(), 16) + "\r\n" + part + "\r\n" : part;
-        response.writes.append({framed, delayMs});
+        response.writes.append(
+            {chunked ? QByteArray::number(part.size(), 16) + "\r\n" + part + "\r\n" : part,
+             delayMs});
     }
     if (chunked)
         response.writes.append({"0\r\n\r\n", delayMs});

@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QTcpServer>
 #include <QUrl>
 #include <functional>
@@ -32,10 +33,11 @@ public:
         int delayMs = 0; // before this write
     };
 
+    // After the last write the server closes the connection, unless it
+    // stalls: then it keeps the connection open, silent.
     struct Response {
         QList<Write> writes;
-        bool closeAfter = true; // close the connection after the last write
-        bool stall = false;     // after the writes, keep the connection open, silent
+        bool stall = false;
     };
 
     using Handler = std::function<Response(const Request&)>;
@@ -43,9 +45,8 @@ public:
     explicit ScriptedHttpServer(QObject* parent = nullptr);
 
     // Listens on a free port of 127.0.0.1.
-    bool start();
+    bool start() { return m_server.listen(QHostAddress::LocalHost, 0); }
     QUrl url(const QString& path = QStringLiteral("/")) const;
-    quint16 port() const { return m_server.serverPort(); }
 
     void setHandler(Handler handler) { m_handler = std::move(handler); }
 
@@ -53,8 +54,7 @@ public:
     int connectionsClosedByClient() const { return m_closedByClient; }
 
     // Building blocks for scripts.
-    static Response status(int code, const QByteArray& body = {},
-                           const QList<QByteArray>& extraHeaders = {});
+    static Response status(int code, const QByteArray& body = {});
     static Response redirect(int code, const QByteArray& location);
     // A text/event-stream reply of the given body. chunked selects chunked
     // transfer encoding (otherwise the length is announced); the body is
@@ -64,11 +64,7 @@ public:
     // "data: {...delta content...}\n\n" for one piece of text.
     static QByteArray dataLine(const QString& text, const QByteArray& lineEnd = "\n");
 
-Q_SIGNALS:
-    void requestReceived();
-
 private:
-    void accept();
     void readFrom(QTcpSocket* socket);
     void respond(QTcpSocket* socket, const Response& response, int index);
 
@@ -76,7 +72,7 @@ private:
     Handler m_handler;
     QList<Request> m_requests;
     QHash<QTcpSocket*, QByteArray> m_buffers;
-    QHash<QTcpSocket*, bool> m_serverClosing;
+    QSet<QTcpSocket*> m_closedByServer;
     int m_closedByClient = 0;
 };
 

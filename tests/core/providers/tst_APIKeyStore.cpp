@@ -9,16 +9,63 @@ using namespace scrivel;
 
 namespace {
 
-template <typename T>
-T await(Future<T> future) {
-    auto value = test::waitFor(std::move(future));
-    if (!value)
-        qFatal("the key store never answered");
-    return std::move(*value);
-}
-
 using KeyResult = APIKeyProviding::KeyResult;
 using VoidResult = APIKeyProviding::VoidResult;
+
+QString rendered(const KeyResult& result) {
+    if (!result)
+        return QStringLiteral("error ") + result.error().logDescription();
+    return result->value_or(QStringLiteral("none"));
+}
+
+QString rendered(const VoidResult& result) {
+    return result ? QStringLiteral("ok")
+                  : QStringLiteral("error ") + result.error().logDescription();
+}
+
+// "account=value;account=value" into items.
+QHash<QString, QByteArray> items(const QByteArray& listed) {
+    QHash<QString, QByteArray> parsed;
+    for (const QByteArray& item : listed.split(';')) {
+        if (!item.isEmpty())
+            parsed.insert(QString::fromUtf8(item.left(item.indexOf('='))),
+                          item.mid(item.indexOf('=') + 1));
+    }
+    return parsed;
+}
+
+// The items, sorted, in the form items() reads, with bytes made printable.
+QString rendered(const QHash<QString, QByteArray>& items) {
+    QStringList shown;
+    for (auto it = items.begin(); it != items.end(); ++it)
+        shown << it.key() + QLatin1Char('=') + test::printable(it.value());
+    shown.sort();
+    return shown.join(QLatin1Char(';'));
+}
+
+// "<store>[.<call>][=<status>]": calls of that kind, or all, fail.
+void fail(InMemorySecretStore& store, const QString& what) {
+    const QString call = what.section(QLatin1Char('='), 0, 0).section(QLatin1Char('.'), 1);
+    const int status =
+        what.contains(QLatin1Char('=')) ? what.section(QLatin1Char('='), 1).toInt() : -25293;
+    if (call.isEmpty() || call == QLatin1String("read"))
+        store.readFailure = status;
+    if (call.isEmpty() || call == QLatin1String("write"))
+        store.writeFailure = status;
+    if (call.isEmpty() || call == QLatin1String("remove"))
+        store.removeFailure = status;
+}
+
+// Records the operation's rendered result at the end of results once it
+// arrives; until then the entry is null.
+template <typename T>
+void begin(Future<T> future, QObject* context, QStringList& results) {
+    const qsizetype at = results.size();
+    results.append(QString());
+    // The handle must live on: destroying it would cancel the operation.
+    auto held = std::make_shared<Future<T>>(std::move(future));
+    held->then(context, [&results, at, held](T value) { results[at] = rendered(value); });
+}
 
 } // namespace
 
@@ -26,345 +73,183 @@ class APIKeyStoreTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void savesTrimmedAndCaches();
-    void blankKeyDeletes();
-    void invalidItems_data();
-    void invalidItems();
-    void deletingAMissingKeySucceeds();
-    void legacyKeyMovesToTheModernStore();
-    void modernKeyRemovesTheLegacyCopy();
-    void legacyOnlyWithoutTheModernStore();
-    void failures_data();
-    void failures();
-    void failedSaveLeavesCacheAndFailedDeleteClearsIt();
-    void operationsTakeEffectInCallOrder_data();
-    void operationsTakeEffectInCallOrder();
-    void legacyStoreNeverHidesModernKeys_data();
-    void legacyStoreNeverHidesModernKeys();
-    void keysWithControlCharactersAreRefused_data();
-    void keysWithControlCharactersAreRefused();
-
-private:
-    KeyResult read(const QString& account) { return await(m_store->readKey(account)); }
-    VoidResult save(const QString& key, const QString& account) {
-        return await(m_store->saveKey(key, account));
-    }
-    VoidResult remove(const QString& account) { return await(m_store->deleteKey(account)); }
-
-    InMemorySecretStore m_modern;
-    InMemorySecretStore m_legacy;
-    bool m_modernAvailable = true;
-    std::unique_ptr<APIKeyStore> m_store;
+    void scripts_data();
+    void scripts();
+    void refusedKeySentence();
 };
 
-void APIKeyStoreTest::init() {
-    m_modern = {};
-    m_legacy = {};
-    m_modernAvailable = true;
-    m_store = std::make_unique<APIKeyStore>(
-        m_modern, m_legacy, [this] { return Future<bool>::ready(m_modernAvailable); });
-}
-
-void APIKeyStoreTest::savesTrimmedAndCaches() {
-    QVERIFY(save(QStringLiteral("  sk-123 \n"), QStringLiteral("groq")));
-    QCOMPARE(m_modern.items.value(QStringLiteral("groq")), QByteArray("sk-123"));
-    QVERIFY(!m_legacy.items.contains(QStringLiteral("groq")));
-    const int reads = m_modern.reads;
-    QCOMPARE(read(QStringLiteral("groq")), KeyResult(QStringLiteral("sk-123")));
-    QCOMPARE(m_modern.reads, reads); // served from the session cache
-
-    // A fresh store (a new process) reads it from the secret store.
-    APIKeyStore fresh(m_modern, m_legacy, [] { return Future<bool>::ready(true); });
-    QCOMPARE(await(fresh.readKey(QStringLiteral("groq"))), KeyResult(QStringLiteral("sk-123")));
-}
-
-void APIKeyStoreTest::blankKeyDeletes() {
-    QVERIFY(save(QStringLiteral("sk-1"), QStringLiteral("openai")));
-    QVERIFY(save(QStringLiteral("   \n"), QStringLiteral("openai")));
-    QVERIFY(!m_modern.items.contains(QStringLiteral("openai")));
-    QCOMPARE(read(QStringLiteral("openai")), KeyResult(std::nullopt));
-}
-
-void APIKeyStoreTest::invalidItems_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("not UTF-8") << QByteArray("\xff\xfe\x80");
-    QTest::newRow("only white space") << QByteArray(" \t\n");
-    QTest::newRow("empty") << QByteArray();
-}
-
-void APIKeyStoreTest::invalidItems() {
-    QFETCH(QByteArray, bytes);
-    m_modern.items.insert(QStringLiteral("xai"), bytes);
-    QCOMPARE(read(QStringLiteral("xai")), KeyResult(std::unexpected(KeychainError::invalidData())));
-    const int reads = m_modern.reads;
-    read(QStringLiteral("xai"));
-    QCOMPARE(m_modern.reads, reads + 1); // nothing was cached
-}
-
-void APIKeyStoreTest::deletingAMissingKeySucceeds() {
-    QVERIFY(remove(QStringLiteral("nothing-here")));
-    QCOMPARE(read(QStringLiteral("nothing-here")), KeyResult(std::nullopt));
-}
-
-void APIKeyStoreTest::legacyKeyMovesToTheModernStore() {
-    m_legacy.items.insert(QStringLiteral("custom:http://localhost:11434/v1"), " old-key\n");
-    QCOMPARE(read(QStringLiteral("custom:http://localhost:11434/v1")),
-             KeyResult(QStringLiteral("old-key")));
-    QCOMPARE(m_modern.items.value(QStringLiteral("custom:http://localhost:11434/v1")),
-             QByteArray("old-key"));
-    QVERIFY(m_legacy.items.isEmpty());
-}
-
-void APIKeyStoreTest::modernKeyRemovesTheLegacyCopy() {
-    m_modern.items.insert(QStringLiteral("groq"), "new");
-    m_legacy.items.insert(QStringLiteral("groq"), "old");
-    QCOMPARE(read(QStringLiteral("groq")), KeyResult(QStringLiteral("new")));
-    QVERIFY(m_legacy.items.isEmpty());
-}
-
-void APIKeyStoreTest::legacyOnlyWithoutTheModernStore() {
-    m_modernAvailable = false;
-    QVERIFY(save(QStringLiteral("k"), QStringLiteral("groq")));
-    QCOMPARE(m_legacy.items.value(QStringLiteral("groq")), QByteArray("k"));
-    QCOMPARE(m_modern.writes + m_modern.reads + m_modern.removals, 0);
-    QVERIFY(remove(QStringLiteral("groq")));
-    QVERIFY(m_legacy.items.isEmpty());
-    m_legacy.items.insert(QStringLiteral("openai"), "o");
-    QCOMPARE(read(QStringLiteral("openai")), KeyResult(QStringLiteral("o")));
-    QCOMPARE(m_modern.reads, 0);
-}
-
-void APIKeyStoreTest::failures_data() {
-    QTest::addColumn<QString>("operation");
-    QTest::addColumn<QString>("failing"); // which store and call fails
-    QTest::addColumn<bool>("legacyItem");
-    QTest::addColumn<KeychainError>("error");
-
-    QTest::newRow("modern read") << "read"
-                                 << "modern.read" << false << KeychainError::readFailed(-25293);
-    QTest::newRow("legacy read during migration")
-        << "read"
-        << "legacy.read" << false << KeychainError::readFailed(-25293);
-    QTest::newRow("migration save")
-        << "read"
-        << "modern.write" << true << KeychainError::migrationFailed(-25293);
-    QTest::newRow("save") << "save"
-                          << "modern.write" << false << KeychainError::saveFailed(-25293);
-    QTest::newRow("legacy removal during a delete")
-        << "delete"
-        << "legacy.remove" << false << KeychainError::deleteFailed(-25293);
-    QTest::newRow("delete") << "delete"
-                            << "modern.remove" << false << KeychainError::deleteFailed(-25293);
-}
-
-void APIKeyStoreTest::failures() {
-    QFETCH(QString, operation);
-    QFETCH(QString, failing);
-    QFETCH(bool, legacyItem);
-    QFETCH(KeychainError, error);
-
-    if (legacyItem)
-        m_legacy.items.insert(QStringLiteral("a"), "legacy");
-    InMemorySecretStore& store = failing.startsWith(QLatin1String("modern")) ? m_modern : m_legacy;
-    if (failing.endsWith(QLatin1String(".read")))
-        store.readFailure = -25293;
-    else if (failing.endsWith(QLatin1String(".write")))
-        store.writeFailure = -25293;
-    else
-        store.removeFailure = -25293;
-
-    VoidResult result;
-    if (operation == QLatin1String("read")) {
-        const KeyResult key = read(QStringLiteral("a"));
-        QVERIFY(!key);
-        QCOMPARE(key.error(), error);
-        return;
-    }
-    result = operation == QLatin1String("save") ? save(QStringLiteral("k"), QStringLiteral("a"))
-                                                : remove(QStringLiteral("a"));
-    QVERIFY(!result);
-    QCOMPARE(result.error(), error);
-}
-
-void APIKeyStoreTest::failedSaveLeavesCacheAndFailedDeleteClearsIt() {
-    QVERIFY(save(QStringLiteral("first"), QStringLiteral("a")));
-    m_modern.writeFailure = -25293;
-    QVERIFY(!save(QStringLiteral("second"), QStringLiteral("a")));
-    QCOMPARE(read(QStringLiteral("a")), KeyResult(QStringLiteral("first")));
-
-    m_modern.removeFailure = -25293;
-    QVERIFY(!remove(QStringLiteral("a")));
-    m_modern.items.clear();
-    QCOMPARE(read(QStringLiteral("a")), KeyResult(std::nullopt)); // not served from the cache
-}
-
-void APIKeyStoreTest::operationsTakeEffectInCallOrder_data() {
-    // Operations on one account, all called at once ("r" read, "d" delete,
-    // "s:<key>" save), against a secret store that answers late and, in the
-    // second variant, newest call first. Each read must give what it would
-    // give had every operation run alone in call order.
-    QTest::addColumn<QByteArray>("stored"); // the item before; empty: none
-    QTest::addColumn<bool>("cachedFirst");  // the key was read once before
+void APIKeyStoreTest::scripts_data() {
+    // Each operation is called without waiting for the one before: "r:<account>"
+    // reads, "s:<account>=<key>" saves, "d:<account>" deletes. Before the
+    // others run, everything called so far settles: "|" just waits,
+    // "restart" makes a new store over the same secret stores (a new
+    // process), "wipe" empties both secret stores behind the store's back,
+    // "!<store>[.<call>][=<status>]" makes calls of that store fail (status
+    // -25293 unless given) and "!no modern" makes the modern store unusable.
+    QTest::addColumn<QString>("answers"); // "at once", or deferred "in order" / "newest first"
+    QTest::addColumn<QByteArray>("modern");
+    QTest::addColumn<QByteArray>("legacy");
     QTest::addColumn<QStringList>("operations");
-    QTest::addColumn<QStringList>("reads"); // each read's key; "-" for none
-    QTest::addColumn<QString>("finalKey");  // "-" for none
-    for (const bool newestFirst : {false, true}) {
-        const QByteArray order = newestFirst ? ", newest answered first" : ", answered in order";
-        const auto row = [&](const char* name) -> QTestData& {
-            return QTest::newRow(name + order);
-        };
-        row("slow read, then delete") << QByteArray("old") << false << QStringList{"r", "d", "r"}
-                                      << QStringList{"old", "-"} << "-";
-        row("slow read, then save") << QByteArray("old") << false << QStringList{"r", "s:new", "r"}
-                                    << QStringList{"old", "new"} << "new";
-        row("cached key, then save and read")
-            << QByteArray("old") << true << QStringList{"s:new", "r"} << QStringList{"new"}
-            << "new";
-        row("two saves") << QByteArray() << false << QStringList{"s:a", "s:b", "r"}
-                         << QStringList{"b"} << "b";
-        row("delete, then save") << QByteArray("old") << true << QStringList{"d", "s:new", "r"}
-                                 << QStringList{"new"} << "new";
-        row("save, delete, read") << QByteArray() << false << QStringList{"s:new", "d", "r"}
-                                  << QStringList{"-"} << "-";
-    }
-}
-
-void APIKeyStoreTest::operationsTakeEffectInCallOrder() {
-    QFETCH(QByteArray, stored);
-    QFETCH(bool, cachedFirst);
-    QFETCH(QStringList, operations);
-    QFETCH(QStringList, reads);
-    QFETCH(QString, finalKey);
-    const bool newestFirst = QByteArray(QTest::currentDataTag()).contains("newest");
-    const QString account = QStringLiteral("groq");
-
-    test::DeferredSecretStore modern;
-    if (!stored.isEmpty())
-        modern.items.insert(account, stored);
-    APIKeyStore store(modern, m_legacy, [] { return Future<bool>::ready(true); });
-    const auto settle = [&](const std::function<bool()>& done) {
-        for (int round = 0; round < 1000 && !done(); ++round) {
-            QCoreApplication::processEvents();
-            if (modern.pendingCount() > 0)
-                modern.answer(newestFirst ? modern.pendingCount() - 1 : 0);
-        }
-        QVERIFY(done());
+    QTest::addColumn<QStringList>("results");
+    QTest::addColumn<QString>("stores"); // "<modern> | <legacy>" at the end
+    using L = QStringList;
+    const auto row = [](const QByteArray& name, const QString& answers, const QByteArray& modern,
+                        const QByteArray& legacy, const L& operations, const L& results,
+                        const QString& stores) {
+        QTest::newRow(name.constData())
+            << answers << modern << legacy << operations << results << stores;
     };
-    if (cachedFirst) {
-        auto first = store.readKey(account);
-        std::optional<KeyResult> value;
-        first.then(this, [&](KeyResult result) { value = result; });
-        settle([&] { return value.has_value(); });
-    }
 
-    std::vector<Future<KeyResult>> readFutures;
-    std::vector<Future<VoidResult>> writeFutures;
-    QList<std::optional<KeyResult>> readResults;
-    QList<std::optional<VoidResult>> writeResults;
-    readResults.reserve(operations.size());
-    writeResults.reserve(operations.size());
+    const QString now = QStringLiteral("at once");
+    row("saves trimmed; a new process reads it", now, "", "",
+        {"s:groq=  sk-123 \n", "restart", "r:groq"}, {"ok", "sk-123"}, "groq=sk-123 | ");
+    row("later reads come from the cache", now, "", "", {"s:a=first", "wipe", "r:a"},
+        {"ok", "first"}, " | ");
+    row("a blank key deletes", now, "openai=sk-1", "", {"s:openai=   \n", "r:openai"},
+        {"ok", "none"}, " | ");
+    row("deleting a missing key succeeds", now, "", "", {"d:a", "r:a"}, {"ok", "none"}, " | ");
+    row("an item that is not UTF-8", now, "xai=\xff\xfe", "", {"r:xai"}, {"error invalidData"},
+        R"(xai=\xff\xfe | )");
+    row("an item of white space", now, "xai= \t\n", "", {"r:xai"}, {"error invalidData"},
+        R"(xai= \x09\x0a | )");
+    row("an item with a control character inside", now, "b=sk\t1", "", {"r:b"},
+        {"error invalidData"}, R"(b=sk\x091 | )");
+    row("a legacy key moves to the modern store", now, "", "custom:x= old-key\n", {"r:custom:x"},
+        {"old-key"}, "custom:x=old-key | ");
+    row("a modern key removes the legacy copy", now, "groq=new", "groq=old", {"r:groq"}, {"new"},
+        "groq=new | ");
+    row("without the modern store: the legacy store only", now, "openai=m", "openai=o",
+        {"!no modern", "r:openai", "s:groq=k", "d:openai"}, {"o", "ok", "ok"}, "openai=m | groq=k");
+
+    // Failures, each with the error its operation reports.
+    row("modern read", now, "", "", {"!modern.read", "r:a"}, {"error readFailed(-25293)"}, " | ");
+    row("legacy read during the migration", now, "", "", {"!legacy.read", "r:a"},
+        {"error readFailed(-25293)"}, " | ");
+    row("save during the migration", now, "", "a=legacy", {"!modern.write", "r:a"},
+        {"error migrationFailed(-25293)"}, " | a=legacy");
+    row("save", now, "", "", {"!modern.write", "s:a=k"}, {"error saveFailed(-25293)"}, " | ");
+    row("delete", now, "a=k", "", {"!modern.remove", "d:a"}, {"error deleteFailed(-25293)"},
+        "a=k | ");
+    row("legacy removal during a delete", now, "", "a=k", {"!legacy.remove", "d:a"},
+        {"error deleteFailed(-25293)"}, " | a=k");
+    row("a failed save keeps the cached key", now, "", "",
+        {"s:a=first", "!modern.write", "s:a=second", "r:a"},
+        {"ok", "error saveFailed(-25293)", "first"}, "a=first | ");
+    row("a failed delete still forgets the cached key", now, "", "",
+        {"s:a=first", "!modern.remove", "d:a", "wipe", "r:a"},
+        {"ok", "error deleteFailed(-25293)", "none"}, " | ");
+    // A legacy store that fails never hides the modern store's keys. Deleting:
+    // a store that cannot be read holds nothing that could come back; any
+    // other failure may leave a copy behind, so it is reported.
+    row("a damaged legacy key file", now, "groq=sk-modern", "",
+        {"!legacy=-25295", "r:groq", "s:openai=sk-new", "d:openai", "r:xai"},
+        {"sk-modern", "ok", "ok", "error readFailed(-25295)"}, "groq=sk-modern | ");
+    row("another legacy failure", now, "groq=sk-modern", "",
+        {"!legacy", "r:groq", "s:openai=sk-new", "d:openai", "r:xai"},
+        {"sk-modern", "ok", "error deleteFailed(-25293)", "error readFailed(-25293)"},
+        "groq=sk-modern | ");
+    // Keys that could not go into a header as they are change nothing.
+    const auto refused = [&](const QByteArray& name, const QString& key) {
+        row(name, now, "", "", {"s:a=sk-old", "s:a=" + key, "r:a"},
+            {"ok", "error invalidKey", "sk-old"}, "a=sk-old | ");
+    };
+    refused("line feed inside", QStringLiteral("sk-12\n34"));
+    refused("C1 control inside", QStringLiteral("sk\u00851"));
+    refused("line separator inside", QStringLiteral("sk\u20281"));
+    row("pasted with a trailing CR LF", now, "", "", {"s:a=sk-1234\r\n"}, {"ok"}, "a=sk-1234 | ");
+    row("non-ASCII letters are fine", now, "", "", {"s:a=sk-\u00e9"}, {"ok"},
+        R"(a=sk-\xc3\xa9 | )");
+
+    // Operations on one account take effect in call order, against a secret
+    // store that answers late, in order or newest call first: each read
+    // gives what it would had every operation run alone in call order.
+    for (const char* answers : {"in order", "newest first"}) {
+        const QByteArray tag = QByteArray(", ") + answers;
+        row("slow read, then delete" + tag, answers, "a=old", "", {"r:a", "d:a", "r:a"},
+            {"old", "ok", "none"}, " | ");
+        row("slow read, then save" + tag, answers, "a=old", "", {"r:a", "s:a=new", "r:a"},
+            {"old", "ok", "new"}, "a=new | ");
+        row("cached key, then save and read" + tag, answers, "a=old", "",
+            {"r:a", "|", "s:a=new", "r:a"}, {"old", "ok", "new"}, "a=new | ");
+        row("two saves" + tag, answers, "", "", {"s:a=x", "s:a=y", "r:a"}, {"ok", "ok", "y"},
+            "a=y | ");
+        row("cached key, then delete and save" + tag, answers, "a=old", "",
+            {"r:a", "|", "d:a", "s:a=new", "r:a"}, {"old", "ok", "ok", "new"}, "a=new | ");
+        row("save, delete, read" + tag, answers, "", "", {"s:a=new", "d:a", "r:a"},
+            {"ok", "ok", "none"}, " | ");
+    }
+}
+
+void APIKeyStoreTest::scripts() {
+    QFETCH(QString, answers);
+    QFETCH(QByteArray, modern);
+    QFETCH(QByteArray, legacy);
+    QFETCH(QStringList, operations);
+    QFETCH(QStringList, results);
+    QFETCH(QString, stores);
+
+    InMemorySecretStore immediate;
+    test::DeferredSecretStore deferred;
+    const bool late = answers != QLatin1String("at once");
+    QHash<QString, QByteArray>& modernItems = late ? deferred.items : immediate.items;
+    SecretStore& modernStore = late ? static_cast<SecretStore&>(deferred) : immediate;
+    InMemorySecretStore legacyStore;
+    modernItems = items(modern);
+    legacyStore.items = items(legacy);
+    bool modernAvailable = true;
+    const auto makeStore = [&] {
+        return std::make_unique<APIKeyStore>(modernStore, legacyStore, [&modernAvailable] {
+            return Future<bool>::ready(modernAvailable);
+        });
+    };
+    std::unique_ptr<APIKeyStore> store = makeStore();
+    QStringList actual;
+    QObject context; // goes first: nothing arrives once the test has ended
+    const auto settle = [&] {
+        for (int round = 0; round < 1000 && actual.contains(QString()); ++round) {
+            QCoreApplication::processEvents();
+            if (deferred.pendingCount() > 0)
+                deferred.answer(
+                    answers == QLatin1String("newest first") ? deferred.pendingCount() - 1 : 0);
+        }
+        QVERIFY2(!actual.contains(QString()), "an operation never ended");
+    };
+
     for (const QString& operation : operations) {
-        if (operation == QLatin1String("r")) {
-            readFutures.push_back(store.readKey(account));
-            readResults.append(std::nullopt);
-            const qsizetype at = readResults.size() - 1;
-            readFutures.back().then(this, [&, at](KeyResult result) { readResults[at] = result; });
+        const QString account = operation.mid(2).section(QLatin1Char('='), 0, 0);
+        if (operation.startsWith(QLatin1String("r:"))) {
+            begin(store->readKey(account), &context, actual);
+        } else if (operation.startsWith(QLatin1String("d:"))) {
+            begin(store->deleteKey(account), &context, actual);
+        } else if (operation.startsWith(QLatin1String("s:"))) {
+            begin(store->saveKey(operation.section(QLatin1Char('='), 1), account), &context,
+                  actual);
         } else {
-            writeFutures.push_back(operation == QLatin1String("d")
-                                       ? store.deleteKey(account)
-                                       : store.saveKey(operation.mid(2), account));
-            writeResults.append(std::nullopt);
-            const qsizetype at = writeResults.size() - 1;
-            writeFutures.back().then(this,
-                                     [&, at](VoidResult result) { writeResults[at] = result; });
+            settle();
+            if (operation == QLatin1String("restart"))
+                store = makeStore();
+            if (operation == QLatin1String("wipe")) {
+                modernItems.clear();
+                legacyStore.items.clear();
+            }
+            if (operation == QLatin1String("!no modern"))
+                modernAvailable = false;
+            else if (operation.startsWith(QLatin1Char('!')))
+                fail(operation.startsWith(QLatin1String("!modern")) ? immediate : legacyStore,
+                     operation.mid(1));
         }
     }
-    settle([&] {
-        return std::all_of(readResults.begin(), readResults.end(),
-                           [](const auto& r) { return r.has_value(); }) &&
-               std::all_of(writeResults.begin(), writeResults.end(),
-                           [](const auto& r) { return r.has_value(); });
-    });
-
-    for (const auto& result : writeResults)
-        QVERIFY(*result);
-    QCOMPARE(readResults.size(), reads.size());
-    for (qsizetype i = 0; i < reads.size(); ++i) {
-        const KeyResult expected =
-            reads[i] == QLatin1String("-") ? KeyResult(std::nullopt) : KeyResult(reads[i]);
-        QCOMPARE(*readResults[i], expected);
-    }
-    QCOMPARE(modern.mostOutstandingOnOneAccount, 1);
-    // What stays behind: in the secret store, and in the cache of this store.
-    QCOMPARE(modern.items.value(account),
-             finalKey == QLatin1String("-") ? QByteArray() : finalKey.toUtf8());
-    auto later = store.readKey(account);
-    std::optional<KeyResult> laterValue;
-    later.then(this, [&](KeyResult result) { laterValue = result; });
-    settle([&] { return laterValue.has_value(); });
-    QCOMPARE(*laterValue,
-             finalKey == QLatin1String("-") ? KeyResult(std::nullopt) : KeyResult(finalKey));
+    settle();
+    QCOMPARE(actual, results);
+    QCOMPARE(rendered(modernItems) + QStringLiteral(" | ") + rendered(legacyStore.items), stores);
+    if (late)
+        QCOMPARE(deferred.mostOutstandingOnOneAccount, 1);
 }
 
-void APIKeyStoreTest::legacyStoreNeverHidesModernKeys_data() {
-    QTest::addColumn<int>("status");
-    QTest::newRow("damaged key file") << KeychainError::unreadableStore;
-    QTest::newRow("other failure") << -25293;
-}
-
-void APIKeyStoreTest::legacyStoreNeverHidesModernKeys() {
-    QFETCH(int, status);
-    m_legacy.readFailure = status;
-    m_legacy.writeFailure = status;
-    m_legacy.removeFailure = status;
-    m_modern.items.insert(QStringLiteral("groq"), "sk-modern");
-    QCOMPARE(read(QStringLiteral("groq")), KeyResult(QStringLiteral("sk-modern")));
-    QVERIFY(save(QStringLiteral("sk-new"), QStringLiteral("openai")));
-    QCOMPARE(m_modern.items.value(QStringLiteral("openai")), QByteArray("sk-new"));
-    // Deleting: a store that cannot be read holds nothing that could come
-    // back; any other failure may leave a copy behind, so it is reported.
-    const VoidResult deleted = remove(QStringLiteral("openai"));
-    QVERIFY(!m_modern.items.contains(QStringLiteral("openai")));
-    if (status == KeychainError::unreadableStore)
-        QVERIFY(deleted);
-    else
-        QCOMPARE(deleted, VoidResult(std::unexpected(KeychainError::deleteFailed(status))));
-    // Without the modern item the legacy failure is all there is to say.
-    QCOMPARE(read(QStringLiteral("xai")),
-             KeyResult(std::unexpected(KeychainError::readFailed(status))));
-}
-
-void APIKeyStoreTest::keysWithControlCharactersAreRefused_data() {
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<bool>("refused");
-    QTest::newRow("line feed inside") << QStringLiteral("sk-12\n34") << true;
-    QTest::newRow("carriage return inside") << QStringLiteral("sk-12\r34") << true;
-    QTest::newRow("tab inside") << QStringLiteral("sk\t1234") << true;
-    QTest::newRow("NUL inside") << (QStringLiteral("sk") + QChar(0) + QStringLiteral("1")) << true;
-    QTest::newRow("C1 control inside") << QStringLiteral("sk\u00851") << true;
-    QTest::newRow("line separator inside") << QStringLiteral("sk\u20281") << true;
-    QTest::newRow("pasted with a trailing CR LF") << QStringLiteral("sk-1234\r\n") << false;
-    QTest::newRow("non-ASCII letters are fine") << QStringLiteral("sk-\u00e9\u00df") << false;
-}
-
-void APIKeyStoreTest::keysWithControlCharactersAreRefused() {
-    QFETCH(QString, key);
-    QFETCH(bool, refused);
-    QVERIFY(save(QStringLiteral("sk-old"), QStringLiteral("a")));
-    const VoidResult result = save(key, QStringLiteral("a"));
-    if (!refused) {
-        QVERIFY(result);
-        return;
-    }
-    QCOMPARE(result, VoidResult(std::unexpected(KeychainError::invalidKey())));
-    QVERIFY(result.error().saveMessage().contains(QStringLiteral("control character")));
-    // Nothing changed: neither the stored item nor the cached key.
-    QCOMPARE(m_modern.items.value(QStringLiteral("a")), QByteArray("sk-old"));
-    QCOMPARE(read(QStringLiteral("a")), KeyResult(QStringLiteral("sk-old")));
-    // A key stored that way by something else is never handed out.
-    m_modern.items.insert(QStringLiteral("b"), key.toUtf8());
-    QCOMPARE(read(QStringLiteral("b")), KeyResult(std::unexpected(KeychainError::invalidData())));
+void APIKeyStoreTest::refusedKeySentence() {
+    QCOMPARE(KeychainError::invalidKey().saveMessage(),
+             QStringLiteral("This API key contains a line break or another control character. "
+                            "Paste the key again without them."));
 }
 
 QTEST_GUILESS_MAIN(APIKeyStoreTest)
