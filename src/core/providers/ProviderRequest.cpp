@@ -147,7 +147,9 @@ void ProviderRequest::onFinished() {
         m_status = statusAttribute.toInt();
 
     if (isRedirect(m_status)) {
-        const QUrl location = reply->header(QNetworkRequest::LocationHeader).toUrl();
+        // Read raw: Qt's parsed Location header drops relative references
+        // ("/v1/models"), which servers commonly send.
+        const QUrl location = QUrl::fromEncoded(reply->rawHeader("Location").trimmed());
         const QUrl target = location.isValid() ? reply->url().resolved(location) : QUrl();
         if (target.isValid() && allowsRequestURL(m_endpoint, target) &&
             ++m_redirects <= maximumRedirects) {

@@ -375,6 +375,8 @@ void OpenAICompatibleProviderTest::modelLists_data() {
     const Response list1 = list(R"({"data":[{"id":"m1"}]})");
     const Response again = ScriptedHttpServer::redirect(307, "http://this.server/v1/models");
     row("303", {ScriptedHttpServer::redirect(303, "http://this.server/v1/models"), list1}, "m1");
+    row("303 to a path on the same server",
+        {ScriptedHttpServer::redirect(303, "/v1/models"), list1}, "m1");
     row("ten redirects are followed", Responses(10, again) << list1, "m1");
     row("the eleventh is the final response", Responses(11, again) << list1, "status(307)");
 }
