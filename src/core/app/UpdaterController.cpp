@@ -31,7 +31,7 @@ bool isPlaceholderHost(const QString& host) {
     static const QString documentation = QStringLiteral("example.com");
     return host == documentation || host.endsWith(QLatin1Char('.') + documentation) ||
            host == QLatin1String("localhost") || host == QLatin1String("127.0.0.1") ||
-           host == QLatin1String("::1") || host == QLatin1String("[::1]");
+           host == QLatin1String("::1"); // QUrl gives an IPv6 host without brackets
 }
 
 // The text between "//" and the path, query or fragment.
