@@ -10,6 +10,7 @@
 
 using namespace scrivel;
 using test::ScriptedHttpServer;
+using test::xdotool;
 
 // The real scrivel on the test's X display and session bus, driven from the
 // outside as a user would: xdotool for keys and the pointer, xclip for the
@@ -32,7 +33,6 @@ private:
     test::ProcessRun run(const QString& program, const QStringList& arguments) {
         return test::runProcess(program, arguments, m_env, {}, 10000);
     }
-    QByteArray xdotool(const QStringList& arguments) { return run("xdotool", arguments).out; }
     QByteArray clipboard(const QString& target = QStringLiteral("UTF8_STRING")) {
         return run("xclip", {"-o", "-selection", "clipboard", "-t", target}).out;
     }
@@ -93,12 +93,8 @@ void AppEndToEndTest::startApp() {
 }
 
 void AppEndToEndTest::stopApp() {
-    if (!m_app || m_app->state() == QProcess::NotRunning)
-        return;
-    m_app->terminate();
-    if (!QTest::qWaitFor([this] { return m_app->state() == QProcess::NotRunning; }, 5000))
-        m_app->kill();
-    m_app->waitForFinished(2000);
+    if (m_app)
+        test::stopProcess(*m_app);
 }
 
 void AppEndToEndTest::typeAndSend(const QString& text) {

@@ -12,6 +12,7 @@
 
 using namespace scrivel;
 using test::X11TestClient;
+using test::xdotool;
 
 namespace {
 
@@ -19,10 +20,6 @@ constexpr xcb_keysym_t returnKeysym = 0xff0d;
 constexpr xcb_keysym_t kKeysym = 0x6b;
 constexpr uint16_t ctrlAlt = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
 constexpr uint16_t ctrlShift = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_SHIFT;
-
-void xdotool(const QStringList& arguments) {
-    QProcess::execute(QStringLiteral("xdotool"), arguments);
-}
 
 } // namespace
 
@@ -82,11 +79,7 @@ void ShortcutEndToEndTest::startApp() {
 void ShortcutEndToEndTest::stopApp() {
     if (!m_app)
         return;
-    m_app->terminate();
-    if (!m_app->waitForFinished(5000)) {
-        m_app->kill();
-        m_app->waitForFinished(5000);
-    }
+    test::stopProcess(*m_app);
     m_app.reset();
 }
 

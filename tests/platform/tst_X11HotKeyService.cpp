@@ -1,10 +1,10 @@
 #include "app/KeyboardShortcuts.h"
 #include "dummy/InMemorySettingsStore.h"
 #include "linux/X11HotKeyService.h"
+#include "support/ProcessRun.h"
 #include "support/X11TestClient.h"
 
 #include <QGuiApplication>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QWindow>
 #include <QtTest>
@@ -12,14 +12,11 @@
 
 using namespace scrivel;
 using test::X11TestClient;
+using test::xdotool;
 
 namespace {
 
 const Shortcut ctrlAltReturn{36, 6144};
-
-void xdotool(const QStringList& arguments) {
-    QProcess::execute(QStringLiteral("xdotool"), arguments);
-}
 
 // The modifier state the server reports right now (lock bits included).
 uint16_t currentModifierState() {

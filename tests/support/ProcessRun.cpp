@@ -59,13 +59,24 @@ QString writeLocalPresetPack(const QString& folder, const QString& baseURL) {
     return path;
 }
 
+QByteArray xdotool(const QStringList& arguments) {
+    QProcess process;
+    process.start(QStringLiteral("xdotool"), arguments);
+    process.waitForFinished(10000);
+    return process.readAllStandardOutput();
+}
+
+void stopProcess(QProcess& process) {
+    if (process.state() == QProcess::NotRunning)
+        return;
+    process.terminate();
+    if (!process.waitForFinished(5000)) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
+}
+
 QList<VisibleWindow> visibleWindows(const QStringList& search) {
-    const auto xdotool = [](const QStringList& arguments) {
-        QProcess process;
-        process.start(QStringLiteral("xdotool"), arguments);
-        process.waitForFinished(10000);
-        return process.readAllStandardOutput();
-    };
     QList<VisibleWindow> windows;
     const QByteArray ids = xdotool(QStringList{"search", "--onlyvisible"} + search);
     for (const QByteArray& id : ids.trimmed().split('\n')) {

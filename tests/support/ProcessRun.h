@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QProcess>
 #include <QProcessEnvironment>
 #include <QRect>
 #include <QStringList>
@@ -31,6 +32,12 @@ ProcessRun runProcess(const QString& program, const QStringList& arguments,
 // baseURL into folder and returns the file's path (empty if it could not be
 // written).
 QString writeLocalPresetPack(const QString& folder, const QString& baseURL);
+
+// Runs xdotool with these arguments and returns what it printed.
+QByteArray xdotool(const QStringList& arguments);
+
+// Asks a running program to end, and kills it when it has not after 5 s.
+void stopProcess(QProcess& process);
 
 struct VisibleWindow {
     QString id;
