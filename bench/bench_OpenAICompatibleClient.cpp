@@ -4,11 +4,11 @@
 //
 //   bench_OpenAICompatibleClient
 
-#include "dummy/InMemorySecretStore.h"
-#include "providers/APIKeyStore.h"
-#include "providers/OpenAICompatibleProvider.h"
-#include "providers/ProviderCatalog.h"
-#include "support/JsonWriter.h"
+#include "support/InMemorySecretStore.h"
+#include "core/providers/APIKeyStore.h"
+#include "core/providers/OpenAICompatibleProvider.h"
+#include "core/providers/ProviderCatalog.h"
+#include "core/support/JsonWriter.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

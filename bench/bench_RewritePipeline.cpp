@@ -5,10 +5,10 @@
 //
 //   bench_RewritePipeline [events]
 
-#include "dummy/InMemorySettingsStore.h"
-#include "panel/FixPanelModel.h"
-#include "pipeline/RewriteCoordinator.h"
-#include "presets/PresetStore.h"
+#include "support/InMemorySettingsStore.h"
+#include "core/panel/FixPanelModel.h"
+#include "core/pipeline/RewriteCoordinator.h"
+#include "core/presets/PresetStore.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

@@ -4,8 +4,8 @@
 //
 //   bench_ServerSentEventReader
 
-#include "providers/ServerSentEventReader.h"
-#include "support/JsonWriter.h"
+#include "core/providers/ServerSentEventReader.h"
+#include "core/support/JsonWriter.h"
 
 #include <QElapsedTimer>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // Judges random replies against random inputs: the verdict's invariants
 // hold whatever the text.
-#include "pipeline/OutputCleaning.h"
+#include "core/pipeline/OutputCleaning.h"
 
 #include <cstdint>
 #include <cstdlib>

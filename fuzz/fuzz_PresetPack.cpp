@@ -1,6 +1,6 @@
 // Decodes and validates random pack files. A pack that validates must
 // survive encoding and decoding unchanged, and make one preset per item.
-#include "presets/PresetPackDocument.h"
+#include "core/presets/PresetPackDocument.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // Feeds random bodies, cut at random places, to the event-stream reader and
 // checks it against the literal byte-by-byte procedure.
-#include "providers/ServerSentEventReader.h"
+#include "core/providers/ServerSentEventReader.h"
 #include "support/ReferenceEventReader.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Decodes random payloads as stream chunks: never a crash, and whenever the
 // fast chunk scanner decides a payload, it agrees with the general decoder.
-#include "providers/ChunkScanner.h"
-#include "providers/StreamChatChunk.h"
+#include "core/providers/ChunkScanner.h"
+#include "core/providers/StreamChatChunk.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,16 +1,16 @@
-#include "AppDelegate.h"
+#include "app/AppDelegate.h"
 
-#include "app/Clipboard.h"
-#include "app/ConventionalWindowCoordinator.h"
-#include "app/ShortcutActionBinding.h"
-#include "app/ShortcutRecorder.h"
-#include "app/StatusItemController.h"
-#include "app/WakeObserver.h"
-#include "app/WindowSession.h"
-#include "linux/DBusStatusItemExport.h"
-#include "linux/LinuxServices.h"
-#include "linux/NoOpAnnouncer.h"
-#include "linux/XdgAutostartLoginItemService.h"
+#include "core/desktop/Clipboard.h"
+#include "core/windows/ConventionalWindowCoordinator.h"
+#include "ui/settings/ShortcutActionBinding.h"
+#include "ui/settings/ShortcutRecorder.h"
+#include "ui/tray/StatusItemController.h"
+#include "core/desktop/WakeObserver.h"
+#include "core/windows/WindowSession.h"
+#include "platform/linux/DBusStatusItemExport.h"
+#include "platform/linux/LinuxServices.h"
+#include "platform/linux/NoOpAnnouncer.h"
+#include "platform/linux/XdgAutostartLoginItemService.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "app/HotKeyController.h"
-#include "app/KeyboardShortcuts.h"
-#include "app/SettingsView.h"
-#include "app/ShortcutRecorderModel.h"
-#include "app/UpdaterController.h"
-#include "editor/MainWindowController.h"
-#include "panel/FixPanelController.h"
+#include "core/shortcuts/HotKeyController.h"
+#include "core/shortcuts/KeyboardShortcuts.h"
+#include "ui/settings/SettingsView.h"
+#include "core/shortcuts/ShortcutRecorderModel.h"
+#include "core/settings/UpdaterController.h"
+#include "ui/editor/MainWindowController.h"
+#include "ui/panel/FixPanelController.h"
 
 #include <QObject>
 #include <functional>

@@ -1,11 +1,11 @@
-#include "AppDelegate.h"
-#include "SingleInstance.h"
-#include "linux/LinuxServices.h"
-#include "linux/LogindWakeObserver.h"
-#include "linux/QtClipboard.h"
-#include "linux/UnavailableHotKeyService.h"
-#include "linux/X11Desktop.h"
-#include "linux/X11HotKeyService.h"
+#include "app/AppDelegate.h"
+#include "app/SingleInstance.h"
+#include "platform/linux/LinuxServices.h"
+#include "platform/linux/LogindWakeObserver.h"
+#include "platform/linux/QtClipboard.h"
+#include "platform/linux/UnavailableHotKeyService.h"
+#include "platform/linux/X11Desktop.h"
+#include "platform/linux/X11HotKeyService.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -1,16 +1,16 @@
-#include "CliApplication.h"
+#include "cli/CliApplication.h"
 
-#include "ClipboardHolder.h"
-#include "DraftDisplay.h"
-#include "ExitCode.h"
-#include "Hints.h"
-#include "PresetLookup.h"
-#include "Terminal.h"
-#include "linux/LinuxServices.h"
-#include "pipeline/OutputCleaning.h"
-#include "presets/PresetTransfer.h"
-#include "presets/ShippedPacks.h"
-#include "providers/ProviderCatalog.h"
+#include "cli/ClipboardHolder.h"
+#include "cli/DraftDisplay.h"
+#include "cli/ExitCode.h"
+#include "cli/Hints.h"
+#include "cli/PresetLookup.h"
+#include "cli/Terminal.h"
+#include "platform/linux/LinuxServices.h"
+#include "core/pipeline/OutputCleaning.h"
+#include "core/presets/PresetTransfer.h"
+#include "core/presets/ShippedPacks.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

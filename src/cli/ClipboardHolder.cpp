@@ -1,7 +1,7 @@
-#include "ClipboardHolder.h"
+#include "cli/ClipboardHolder.h"
 
-#include "app/Clipboard.h"
-#include "linux/QtClipboard.h"
+#include "core/desktop/Clipboard.h"
+#include "platform/linux/QtClipboard.h"
 
 #include <QClipboard>
 #include <QCoreApplication>

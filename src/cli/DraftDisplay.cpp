@@ -1,6 +1,6 @@
-#include "DraftDisplay.h"
+#include "cli/DraftDisplay.h"
 
-#include "Terminal.h"
+#include "cli/Terminal.h"
 
 #include <QList>
 #include <QStringTokenizer>

@@ -1,8 +1,8 @@
-#include "Hints.h"
+#include "cli/Hints.h"
 
-#include "PresetLookup.h"
-#include "pipeline/OutputCleaning.h"
-#include "providers/ProviderCatalog.h"
+#include "cli/PresetLookup.h"
+#include "core/pipeline/OutputCleaning.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QUrl>
 

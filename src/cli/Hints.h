@@ -1,9 +1,9 @@
 #pragma once
 
-#include "pipeline/UnavailableReason.h"
-#include "presets/Preset.h"
-#include "providers/ProviderConnectionFailure.h"
-#include "providers/ProviderEndpoint.h"
+#include "core/transform/UnavailableReason.h"
+#include "core/presets/Preset.h"
+#include "core/providers/ProviderConnectionFailure.h"
+#include "core/providers/ProviderEndpoint.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
-#include "PresetLookup.h"
+#include "cli/PresetLookup.h"
 
-#include "providers/ProviderCatalog.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QRegularExpression>
 

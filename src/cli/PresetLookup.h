@@ -1,6 +1,6 @@
 #pragma once
 
-#include "presets/PresetStore.h"
+#include "core/presets/PresetStore.h"
 
 #include <QString>
 #include <expected>

@@ -1,5 +1,5 @@
-#include "CliApplication.h"
-#include "ClipboardHolder.h"
+#include "cli/CliApplication.h"
+#include "cli/ClipboardHolder.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

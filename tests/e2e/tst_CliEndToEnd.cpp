@@ -1,4 +1,4 @@
-#include "presets/PresetPackDocument.h"
+#include "core/presets/PresetPackDocument.h"
 #include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
 

@@ -1,6 +1,6 @@
-#include "app/Shortcut.h"
-#include "app/ShortcutName.h"
-#include "linux/QSettingsStore.h"
+#include "core/shortcuts/Shortcut.h"
+#include "core/shortcuts/ShortcutName.h"
+#include "platform/linux/QSettingsStore.h"
 #include "support/ProcessRun.h"
 #include "support/X11TestClient.h"
 

@@ -1,5 +1,5 @@
-#include "linux/FileSecretStore.h"
-#include "providers/KeychainError.h"
+#include "platform/linux/FileSecretStore.h"
+#include "core/providers/KeychainError.h"
 #include "support/TestSupport.h"
 
 #include <QFile>

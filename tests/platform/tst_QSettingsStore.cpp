@@ -1,6 +1,6 @@
-#include "linux/QSettingsStore.h"
-#include "presets/BuiltInPresets.h"
-#include "presets/Preset.h"
+#include "platform/linux/QSettingsStore.h"
+#include "core/presets/BuiltInPresets.h"
+#include "core/presets/Preset.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -1,5 +1,5 @@
-#include "app/Clipboard.h"
-#include "linux/QtClipboard.h"
+#include "core/desktop/Clipboard.h"
+#include "platform/linux/QtClipboard.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

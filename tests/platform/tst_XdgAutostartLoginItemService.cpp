@@ -1,4 +1,4 @@
-#include "linux/XdgAutostartLoginItemService.h"
+#include "platform/linux/XdgAutostartLoginItemService.h"
 
 #include <QtTest>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #include "support/FakeKeyStore.h"
 
-#include "pipeline/OutputCleaning.h"
+#include "core/pipeline/OutputCleaning.h"
 
 namespace scrivel::test {
 

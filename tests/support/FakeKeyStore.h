@@ -1,6 +1,6 @@
 #pragma once
 
-#include "providers/APIKeyProviding.h"
+#include "core/providers/APIKeyProviding.h"
 
 #include <QHash>
 #include <QList>

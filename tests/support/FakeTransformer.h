@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipeline/PresetTransforming.h"
+#include "core/transform/PresetTransforming.h"
 
 #include <QList>
 #include <QString>

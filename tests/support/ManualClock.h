@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Sleep.h"
+#include "core/support/Sleep.h"
 
 #include <QList>
 #include <algorithm>

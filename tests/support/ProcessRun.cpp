@@ -1,6 +1,6 @@
 #include "support/ProcessRun.h"
 
-#include "presets/PresetPackDocument.h"
+#include "core/presets/PresetPackDocument.h"
 
 #include <QDir>
 #include <QFile>

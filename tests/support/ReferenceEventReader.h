@@ -1,6 +1,6 @@
 #pragma once
 
-#include "providers/ServerSentEventReader.h"
+#include "core/providers/ServerSentEventReader.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "support/ScriptedHttpServer.h"
 
-#include "support/JsonWriter.h"
+#include "core/support/JsonWriter.h"
 
 #include <QPointer>
 #include <QTcpSocket>

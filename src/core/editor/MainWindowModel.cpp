@@ -1,7 +1,7 @@
-#include "editor/MainWindowModel.h"
+#include "core/editor/MainWindowModel.h"
 
-#include "presets/PresetStore.h"
-#include "providers/ProviderCatalog.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/ProviderCatalog.h"
 
 namespace scrivel {
 

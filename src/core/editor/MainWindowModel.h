@@ -1,7 +1,7 @@
 #pragma once
 
-#include "editor/MainSidebarItem.h"
-#include "presets/Preset.h"
+#include "core/editor/MainSidebarItem.h"
+#include "core/presets/Preset.h"
 
 #include <QCoreApplication>
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "editor/PresetConnectionState.h"
+#include "core/editor/PresetConnectionState.h"
 
 namespace scrivel {
 

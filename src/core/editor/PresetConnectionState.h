@@ -1,7 +1,7 @@
 #pragma once
 
-#include "providers/KeychainError.h"
-#include "providers/ProviderConnectionFailure.h"
+#include "core/providers/KeychainError.h"
+#include "core/providers/ProviderConnectionFailure.h"
 
 #include <QCoreApplication>
 #include <QString>

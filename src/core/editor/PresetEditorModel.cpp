@@ -1,10 +1,10 @@
-#include "editor/PresetEditorModel.h"
+#include "core/editor/PresetEditorModel.h"
 
-#include "editor/PresetModelListCache.h"
-#include "pipeline/OutputCleaning.h"
-#include "pipeline/ProviderHub.h"
-#include "presets/PresetStore.h"
-#include "providers/ProviderCatalog.h"
+#include "core/editor/PresetModelListCache.h"
+#include "core/pipeline/OutputCleaning.h"
+#include "core/pipeline/ProviderHub.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <memory>
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "editor/PresetConnectionState.h"
-#include "editor/PresetTestStatus.h"
-#include "pipeline/TransformFailure.h"
-#include "pipeline/UnavailableReason.h"
-#include "presets/Preset.h"
-#include "providers/APIKeyProviding.h"
-#include "providers/ProviderConnectionFailure.h"
-#include "providers/ProviderEndpoint.h"
-#include "support/Future.h"
+#include "core/editor/PresetConnectionState.h"
+#include "core/editor/PresetTestStatus.h"
+#include "core/transform/TransformFailure.h"
+#include "core/transform/UnavailableReason.h"
+#include "core/presets/Preset.h"
+#include "core/providers/APIKeyProviding.h"
+#include "core/providers/ProviderConnectionFailure.h"
+#include "core/providers/ProviderEndpoint.h"
+#include "core/support/Future.h"
 
 #include <QList>
 #include <QObject>

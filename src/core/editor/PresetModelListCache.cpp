@@ -1,4 +1,4 @@
-#include "editor/PresetModelListCache.h"
+#include "core/editor/PresetModelListCache.h"
 
 namespace scrivel {
 

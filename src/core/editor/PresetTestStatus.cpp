@@ -1,4 +1,4 @@
-#include "editor/PresetTestStatus.h"
+#include "core/editor/PresetTestStatus.h"
 
 namespace scrivel {
 

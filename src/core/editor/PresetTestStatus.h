@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipeline/TransformFailure.h"
+#include "core/transform/TransformFailure.h"
 
 #include <QCoreApplication>
 #include <QString>

@@ -1,6 +1,6 @@
-#include "panel/FixPanelControlsState.h"
+#include "core/panel/FixPanelControlsState.h"
 
-#include "support/PlatformWording.h"
+#include "core/support/PlatformWording.h"
 
 #include <QCoreApplication>
 

@@ -1,7 +1,7 @@
-#include "panel/FixPanelModel.h"
+#include "core/panel/FixPanelModel.h"
 
-#include "support/UnicodeText.h"
-#include "presets/PresetStore.h"
+#include "core/support/UnicodeText.h"
+#include "core/presets/PresetStore.h"
 
 #include <QPointer>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "pipeline/RewriteCoordinator.h"
-#include "support/Future.h"
-#include "support/TextSnapshot.h"
+#include "core/pipeline/RewriteCoordinator.h"
+#include "core/support/Future.h"
+#include "core/support/TextSnapshot.h"
 
 #include <QObject>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "panel/PanelTextLines.h"
+#include "core/panel/PanelTextLines.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Future.h"
+#include "core/support/Future.h"
 
 #include <QList>
 #include <QString>

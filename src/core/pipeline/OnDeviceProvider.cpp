@@ -1,6 +1,6 @@
-#include "pipeline/OnDeviceProvider.h"
+#include "core/pipeline/OnDeviceProvider.h"
 
-#include "support/Log.h"
+#include "core/support/Log.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "pipeline/OnDeviceModel.h"
-#include "pipeline/TransformFailure.h"
-#include "support/Future.h"
+#include "core/pipeline/OnDeviceModel.h"
+#include "core/transform/TransformFailure.h"
+#include "core/support/Future.h"
 
 #include <QObject>
 #include <QTimer>

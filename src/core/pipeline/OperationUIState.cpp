@@ -1,4 +1,4 @@
-#include "pipeline/OperationUIState.h"
+#include "core/pipeline/OperationUIState.h"
 
 namespace scrivel {
 

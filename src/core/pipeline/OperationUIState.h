@@ -1,7 +1,7 @@
 #pragma once
 
-#include "pipeline/RewriteError.h"
-#include "pipeline/UnavailableReason.h"
+#include "core/transform/RewriteError.h"
+#include "core/transform/UnavailableReason.h"
 
 #include <QCoreApplication>
 #include <QString>

@@ -1,6 +1,6 @@
-#include "pipeline/OutputCleaning.h"
+#include "core/pipeline/OutputCleaning.h"
 
-#include "support/GraphemeBreaks.h"
+#include "core/support/GraphemeBreaks.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/UnicodeText.h"
+#include "core/support/UnicodeText.h"
 
 #include <QString>
 #include <QStringList>

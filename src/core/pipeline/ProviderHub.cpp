@@ -1,6 +1,6 @@
-#include "pipeline/ProviderHub.h"
+#include "core/pipeline/ProviderHub.h"
 
-#include "providers/ProviderCatalog.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QCoreApplication>
 #include <QPointer>

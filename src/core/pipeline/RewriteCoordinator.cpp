@@ -1,8 +1,8 @@
-#include "pipeline/RewriteCoordinator.h"
+#include "core/pipeline/RewriteCoordinator.h"
 
-#include "pipeline/OutputCleaning.h"
-#include "providers/ModelRules.h"
-#include "support/Log.h"
+#include "core/pipeline/OutputCleaning.h"
+#include "core/providers/ModelRules.h"
+#include "core/support/Log.h"
 
 #include <QCoreApplication>
 #include <QPointer>

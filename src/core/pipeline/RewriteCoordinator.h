@@ -1,13 +1,13 @@
 #pragma once
 
-#include "pipeline/FixResult.h"
-#include "pipeline/OperationUIState.h"
-#include "pipeline/PresetTransforming.h"
-#include "pipeline/TransformFailure.h"
-#include "presets/Preset.h"
-#include "support/DeadlineClock.h"
-#include "support/Future.h"
-#include "support/TextSnapshot.h"
+#include "core/pipeline/FixResult.h"
+#include "core/pipeline/OperationUIState.h"
+#include "core/transform/PresetTransforming.h"
+#include "core/transform/TransformFailure.h"
+#include "core/presets/Preset.h"
+#include "core/support/DeadlineClock.h"
+#include "core/support/Future.h"
+#include "core/support/TextSnapshot.h"
 
 #include <QObject>
 #include <QSet>

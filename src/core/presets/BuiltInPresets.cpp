@@ -1,4 +1,4 @@
-#include "presets/BuiltInPresets.h"
+#include "core/presets/BuiltInPresets.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "presets/Preset.h"
+#include "core/presets/Preset.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
-#include "presets/Preset.h"
+#include "core/presets/Preset.h"
 
 #include <cmath>
 
-#include "support/JsonWriter.h"
+#include "core/support/JsonWriter.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

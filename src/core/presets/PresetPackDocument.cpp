@@ -1,7 +1,7 @@
-#include "presets/PresetPackDocument.h"
+#include "core/presets/PresetPackDocument.h"
 
-#include "support/UnicodeText.h"
-#include "support/JsonWriter.h"
+#include "core/support/UnicodeText.h"
+#include "core/support/JsonWriter.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "presets/Preset.h"
-#include "presets/PresetPackError.h"
+#include "core/presets/Preset.h"
+#include "core/presets/PresetPackError.h"
 
 #include <QByteArray>
 #include <QList>

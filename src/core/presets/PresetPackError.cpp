@@ -1,4 +1,4 @@
-#include "presets/PresetPackError.h"
+#include "core/presets/PresetPackError.h"
 
 namespace scrivel {
 

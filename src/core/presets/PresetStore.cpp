@@ -1,9 +1,9 @@
-#include "presets/PresetStore.h"
+#include "core/presets/PresetStore.h"
 
-#include "support/Log.h"
+#include "core/support/Log.h"
 
-#include "app/SettingsStore.h"
-#include "presets/BuiltInPresets.h"
+#include "core/storage/SettingsStore.h"
+#include "core/presets/BuiltInPresets.h"
 
 #include <QCoreApplication>
 #include <QThread>

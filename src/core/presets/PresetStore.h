@@ -1,7 +1,7 @@
 #pragma once
 
-#include "presets/Preset.h"
-#include "presets/PresetPackDocument.h"
+#include "core/presets/Preset.h"
+#include "core/presets/PresetPackDocument.h"
 
 #include <QList>
 #include <QObject>

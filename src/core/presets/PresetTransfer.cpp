@@ -1,7 +1,7 @@
-#include "presets/PresetTransfer.h"
+#include "core/presets/PresetTransfer.h"
 
-#include "support/UnicodeText.h"
-#include "presets/PresetStore.h"
+#include "core/support/UnicodeText.h"
+#include "core/presets/PresetStore.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "presets/PresetPackDocument.h"
-#include "presets/PresetPackError.h"
+#include "core/presets/PresetPackDocument.h"
+#include "core/presets/PresetPackError.h"
 
 #include <QObject>
 #include <QSet>

@@ -1,4 +1,4 @@
-#include "presets/ShippedPacks.h"
+#include "core/presets/ShippedPacks.h"
 
 #include <QCollator>
 #include <QDir>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "providers/KeychainError.h"
-#include "support/Future.h"
+#include "core/providers/KeychainError.h"
+#include "core/support/Future.h"
 
 #include <QString>
 #include <expected>

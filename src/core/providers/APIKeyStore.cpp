@@ -1,7 +1,7 @@
-#include "providers/APIKeyStore.h"
+#include "core/providers/APIKeyStore.h"
 
-#include "support/UnicodeText.h"
-#include "support/Log.h"
+#include "core/support/UnicodeText.h"
+#include "core/support/Log.h"
 
 #include <QStringDecoder>
 #include <algorithm>

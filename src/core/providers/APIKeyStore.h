@@ -1,7 +1,7 @@
 #pragma once
 
-#include "providers/APIKeyProviding.h"
-#include "providers/SecretStore.h"
+#include "core/providers/APIKeyProviding.h"
+#include "core/storage/SecretStore.h"
 
 #include <QHash>
 #include <QObject>

@@ -1,11 +1,11 @@
-#include "providers/ChatCompletionRequest.h"
+#include "core/providers/ChatCompletionRequest.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cmath>
 
-#include "providers/ModelRules.h"
-#include "support/JsonWriter.h"
+#include "core/providers/ModelRules.h"
+#include "core/support/JsonWriter.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "providers/ChunkScanner.h"
+#include "core/providers/ChunkScanner.h"
 
 #include <QStringDecoder>
 

@@ -1,6 +1,6 @@
-#include "providers/KeychainError.h"
+#include "core/providers/KeychainError.h"
 
-#include "providers/ProviderConnectionFailure.h"
+#include "core/providers/ProviderConnectionFailure.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,4 @@
-#include "providers/ModelListResponse.h"
+#include "core/providers/ModelListResponse.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,4 +1,4 @@
-#include "providers/ModelRules.h"
+#include "core/providers/ModelRules.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,13 +1,13 @@
-#include "providers/OpenAICompatibleProvider.h"
+#include "core/providers/OpenAICompatibleProvider.h"
 
-#include "support/UnicodeText.h"
-#include "providers/ChatCompletionRequest.h"
-#include "providers/ModelListResponse.h"
-#include "providers/ModelRules.h"
-#include "providers/ProviderCatalog.h"
-#include "providers/ServerSentEventReader.h"
-#include "providers/ThinkBlockFilter.h"
-#include "support/Log.h"
+#include "core/support/UnicodeText.h"
+#include "core/providers/ChatCompletionRequest.h"
+#include "core/providers/ModelListResponse.h"
+#include "core/providers/ModelRules.h"
+#include "core/providers/ProviderCatalog.h"
+#include "core/providers/ServerSentEventReader.h"
+#include "core/providers/ThinkBlockFilter.h"
+#include "core/support/Log.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

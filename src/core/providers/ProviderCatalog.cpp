@@ -1,6 +1,6 @@
-#include "providers/ProviderCatalog.h"
+#include "core/providers/ProviderCatalog.h"
 
-#include "support/UnicodeText.h"
+#include "core/support/UnicodeText.h"
 
 #include <QCoreApplication>
 

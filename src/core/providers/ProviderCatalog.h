@@ -1,7 +1,7 @@
 #pragma once
 
-#include "presets/Preset.h"
-#include "providers/ProviderEndpoint.h"
+#include "core/presets/Preset.h"
+#include "core/providers/ProviderEndpoint.h"
 
 #include <QList>
 #include <QMap>

@@ -1,4 +1,4 @@
-#include "providers/ProviderConnectionFailure.h"
+#include "core/providers/ProviderConnectionFailure.h"
 
 namespace scrivel {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipeline/RewriteError.h"
+#include "core/transform/RewriteError.h"
 
 #include <QCoreApplication>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "providers/ProviderEndpoint.h"
+#include "core/providers/ProviderEndpoint.h"
 
 namespace scrivel {
 

@@ -1,6 +1,6 @@
-#include "providers/ProviderRequest.h"
+#include "core/providers/ProviderRequest.h"
 
-#include "providers/ProviderCatalog.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>

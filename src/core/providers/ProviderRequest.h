@@ -1,7 +1,7 @@
 #pragma once
 
-#include "providers/ProviderConnectionFailure.h"
-#include "providers/ProviderEndpoint.h"
+#include "core/providers/ProviderConnectionFailure.h"
+#include "core/providers/ProviderEndpoint.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>

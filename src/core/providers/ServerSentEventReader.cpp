@@ -1,7 +1,7 @@
-#include "providers/ServerSentEventReader.h"
+#include "core/providers/ServerSentEventReader.h"
 
-#include "providers/ChunkScanner.h"
-#include "providers/StreamChatChunk.h"
+#include "core/providers/ChunkScanner.h"
+#include "core/providers/StreamChatChunk.h"
 
 #include <cstring>
 

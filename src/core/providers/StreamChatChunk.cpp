@@ -1,4 +1,4 @@
-#include "providers/StreamChatChunk.h"
+#include "core/providers/StreamChatChunk.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

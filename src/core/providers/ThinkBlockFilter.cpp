@@ -1,4 +1,4 @@
-#include "providers/ThinkBlockFilter.h"
+#include "core/providers/ThinkBlockFilter.h"
 
 namespace scrivel {
 

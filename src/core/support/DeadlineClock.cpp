@@ -1,4 +1,4 @@
-#include "support/DeadlineClock.h"
+#include "core/support/DeadlineClock.h"
 
 namespace scrivel {
 

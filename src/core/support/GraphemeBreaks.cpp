@@ -1,4 +1,4 @@
-#include "support/GraphemeBreaks.h"
+#include "core/support/GraphemeBreaks.h"
 
 #include <unicode/ubrk.h>
 

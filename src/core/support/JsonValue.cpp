@@ -1,4 +1,4 @@
-#include "support/JsonValue.h"
+#include "core/support/JsonValue.h"
 
 namespace scrivel {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/JsonValue.h"
+#include "core/support/JsonValue.h"
 
 #include <QByteArray>
 

@@ -1,4 +1,4 @@
-#include "support/Log.h"
+#include "core/support/Log.h"
 
 namespace scrivel {
 

@@ -1,4 +1,4 @@
-#include "support/PlatformWording.h"
+#include "core/support/PlatformWording.h"
 
 namespace scrivel {
 

@@ -1,4 +1,4 @@
-#include "support/Sleep.h"
+#include "core/support/Sleep.h"
 
 #include <QTimer>
 

@@ -1,4 +1,4 @@
-#include "support/TextSnapshot.h"
+#include "core/support/TextSnapshot.h"
 
 namespace scrivel {
 

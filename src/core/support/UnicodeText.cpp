@@ -1,6 +1,6 @@
-#include "support/UnicodeText.h"
+#include "core/support/UnicodeText.h"
 
-#include "support/GraphemeBreaks.h"
+#include "core/support/GraphemeBreaks.h"
 
 namespace scrivel {
 

@@ -1,4 +1,4 @@
-#include "linux/BootClock.h"
+#include "platform/linux/BootClock.h"
 
 #include <time.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/DeadlineClock.h"
+#include "core/support/DeadlineClock.h"
 
 namespace scrivel {
 

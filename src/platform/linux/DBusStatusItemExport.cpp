@@ -1,6 +1,6 @@
-#include "linux/DBusStatusItemExport.h"
+#include "platform/linux/DBusStatusItemExport.h"
 
-#include "app/StatusItemModel.h"
+#include "core/tray/StatusItemModel.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

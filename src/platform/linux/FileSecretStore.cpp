@@ -1,7 +1,7 @@
-#include "linux/FileSecretStore.h"
+#include "platform/linux/FileSecretStore.h"
 
-#include "providers/KeychainError.h"
-#include "support/JsonWriter.h"
+#include "core/providers/KeychainError.h"
+#include "core/support/JsonWriter.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "providers/SecretStore.h"
+#include "core/storage/SecretStore.h"
 
 #include <QHash>
 #include <QString>

@@ -1,6 +1,6 @@
-#include "linux/LinuxServices.h"
+#include "platform/linux/LinuxServices.h"
 
-#include "linux/BootClock.h"
+#include "platform/linux/BootClock.h"
 
 namespace scrivel {
 

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "linux/FileSecretStore.h"
-#include "linux/LogindWakeObserver.h"
-#include "linux/QSettingsStore.h"
-#include "linux/SecretServiceProbe.h"
-#include "linux/SecretServiceStore.h"
-#include "linux/UnavailableOnDeviceModel.h"
-#include "pipeline/ProviderHub.h"
-#include "pipeline/RewriteCoordinator.h"
-#include "presets/PresetStore.h"
-#include "providers/APIKeyStore.h"
+#include "platform/linux/FileSecretStore.h"
+#include "platform/linux/LogindWakeObserver.h"
+#include "platform/linux/QSettingsStore.h"
+#include "platform/linux/SecretServiceProbe.h"
+#include "platform/linux/SecretServiceStore.h"
+#include "platform/linux/UnavailableOnDeviceModel.h"
+#include "core/pipeline/ProviderHub.h"
+#include "core/pipeline/RewriteCoordinator.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/APIKeyStore.h"
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "linux/LogindWakeObserver.h"
+#include "platform/linux/LogindWakeObserver.h"
 
 #include <QDBusConnection>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/WakeObserver.h"
+#include "core/desktop/WakeObserver.h"
 
 namespace scrivel {
 

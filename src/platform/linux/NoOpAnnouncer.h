@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Announcer.h"
+#include "core/desktop/Announcer.h"
 
 namespace scrivel {
 

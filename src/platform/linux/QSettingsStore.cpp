@@ -1,4 +1,4 @@
-#include "linux/QSettingsStore.h"
+#include "platform/linux/QSettingsStore.h"
 
 namespace scrivel {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/SettingsStore.h"
+#include "core/storage/SettingsStore.h"
 
 #include <QSettings>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "linux/QtClipboard.h"
+#include "platform/linux/QtClipboard.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

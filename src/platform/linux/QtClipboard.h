@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Clipboard.h"
+#include "core/desktop/Clipboard.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,6 +1,6 @@
-#include "linux/SecretServiceProbe.h"
+#include "platform/linux/SecretServiceProbe.h"
 
-#include "support/Log.h"
+#include "core/support/Log.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

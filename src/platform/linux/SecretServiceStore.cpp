@@ -1,6 +1,6 @@
-#include "linux/SecretServiceStore.h"
+#include "platform/linux/SecretServiceStore.h"
 
-#include "support/Log.h"
+#include "core/support/Log.h"
 
 #include <QPointer>
 #include <QTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/ActivationPolicy.h"
+#include "core/windows/ActivationPolicy.h"
 
 namespace scrivel {
 

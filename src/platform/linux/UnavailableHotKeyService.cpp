@@ -1,4 +1,4 @@
-#include "linux/UnavailableHotKeyService.h"
+#include "platform/linux/UnavailableHotKeyService.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/HotKeyService.h"
+#include "core/shortcuts/HotKeyService.h"
 
 namespace scrivel {
 

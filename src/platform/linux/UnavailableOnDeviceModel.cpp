@@ -1,4 +1,4 @@
-#include "linux/UnavailableOnDeviceModel.h"
+#include "platform/linux/UnavailableOnDeviceModel.h"
 
 #include <QCoreApplication>
 

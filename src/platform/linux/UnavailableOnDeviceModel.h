@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipeline/OnDeviceModel.h"
+#include "core/pipeline/OnDeviceModel.h"
 
 namespace scrivel {
 

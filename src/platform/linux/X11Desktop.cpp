@@ -1,4 +1,4 @@
-#include "linux/X11Desktop.h"
+#include "platform/linux/X11Desktop.h"
 
 #include <QGuiApplication>
 

@@ -1,7 +1,7 @@
-#include "linux/X11HotKeyService.h"
+#include "platform/linux/X11HotKeyService.h"
 
-#include "app/ShortcutKey.h"
-#include "support/Log.h"
+#include "core/shortcuts/ShortcutKey.h"
+#include "core/support/Log.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/LoginItemService.h"
+#include "core/settings/LoginItemService.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "editor/FileDialogTransferUI.h"
+#include "ui/editor/FileDialogTransferUI.h"
 
 #include <QDir>
 #include <QFileDialog>

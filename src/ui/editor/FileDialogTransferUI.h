@@ -1,6 +1,6 @@
 #pragma once
 
-#include "presets/PresetTransfer.h"
+#include "core/presets/PresetTransfer.h"
 
 #include <QPointer>
 #include <QWidget>

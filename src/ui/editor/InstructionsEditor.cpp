@@ -1,4 +1,4 @@
-#include "editor/InstructionsEditor.h"
+#include "ui/editor/InstructionsEditor.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>

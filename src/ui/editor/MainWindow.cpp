@@ -1,14 +1,14 @@
-#include "editor/MainWindow.h"
+#include "ui/editor/MainWindow.h"
 
-#include "app/SettingsStore.h"
-#include "app/TintedIcon.h"
-#include "editor/MainWindowModel.h"
-#include "editor/PresetEditorModel.h"
-#include "editor/PresetEditorView.h"
-#include "editor/PresetPackPickerDialog.h"
-#include "editor/PresetSidebar.h"
-#include "presets/PresetStore.h"
-#include "presets/ShippedPacks.h"
+#include "core/storage/SettingsStore.h"
+#include "ui/tray/TintedIcon.h"
+#include "core/editor/MainWindowModel.h"
+#include "core/editor/PresetEditorModel.h"
+#include "ui/editor/PresetEditorView.h"
+#include "ui/editor/PresetPackPickerDialog.h"
+#include "ui/editor/PresetSidebar.h"
+#include "core/presets/PresetStore.h"
+#include "core/presets/ShippedPacks.h"
 
 #include <QApplication>
 #include <QCloseEvent>

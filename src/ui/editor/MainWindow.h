@@ -1,7 +1,7 @@
 #pragma once
 
-#include "editor/MainWindowServices.h"
-#include "editor/PresetPackPickerDialog.h"
+#include "ui/editor/MainWindowServices.h"
+#include "ui/editor/PresetPackPickerDialog.h"
 
 #include <QMainWindow>
 #include <QPointer>

@@ -1,10 +1,10 @@
-#include "editor/MainWindowController.h"
+#include "ui/editor/MainWindowController.h"
 
-#include "editor/FileDialogTransferUI.h"
-#include "editor/MainWindow.h"
-#include "editor/MainWindowModel.h"
-#include "presets/PresetStore.h"
-#include "presets/PresetTransfer.h"
+#include "ui/editor/FileDialogTransferUI.h"
+#include "ui/editor/MainWindow.h"
+#include "core/editor/MainWindowModel.h"
+#include "core/presets/PresetStore.h"
+#include "core/presets/PresetTransfer.h"
 
 namespace scrivel {
 

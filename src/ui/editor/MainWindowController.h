@@ -1,6 +1,6 @@
 #pragma once
 
-#include "editor/MainWindowServices.h"
+#include "ui/editor/MainWindowServices.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "editor/PresetEditorModel.h"
-#include "pipeline/UnavailableReason.h"
-#include "presets/PresetPackDocument.h"
-#include "support/Future.h"
+#include "core/editor/PresetEditorModel.h"
+#include "core/transform/UnavailableReason.h"
+#include "core/presets/PresetPackDocument.h"
+#include "core/support/Future.h"
 
 #include <QList>
 #include <functional>

@@ -1,7 +1,7 @@
-#include "editor/PresetConnectionView.h"
+#include "ui/editor/PresetConnectionView.h"
 
-#include "app/TintedIcon.h"
-#include "editor/PresetEditorModel.h"
+#include "ui/tray/TintedIcon.h"
+#include "core/editor/PresetEditorModel.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,9 +1,9 @@
-#include "editor/PresetEditorView.h"
+#include "ui/editor/PresetEditorView.h"
 
-#include "editor/InstructionsEditor.h"
-#include "editor/PresetConnectionView.h"
-#include "editor/PresetEditorModel.h"
-#include "providers/ProviderCatalog.h"
+#include "ui/editor/InstructionsEditor.h"
+#include "ui/editor/PresetConnectionView.h"
+#include "core/editor/PresetEditorModel.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QComboBox>
 #include <QFormLayout>

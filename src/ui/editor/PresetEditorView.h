@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pipeline/UnavailableReason.h"
+#include "core/transform/UnavailableReason.h"
 
 #include <QWidget>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "editor/PresetPackPickerDialog.h"
+#include "ui/editor/PresetPackPickerDialog.h"
 
 #include <QButtonGroup>
 #include <QDialogButtonBox>

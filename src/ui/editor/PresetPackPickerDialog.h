@@ -1,6 +1,6 @@
 #pragma once
 
-#include "presets/PresetPackDocument.h"
+#include "core/presets/PresetPackDocument.h"
 
 #include <QDialog>
 #include <QList>

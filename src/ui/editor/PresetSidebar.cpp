@@ -1,8 +1,8 @@
-#include "editor/PresetSidebar.h"
+#include "ui/editor/PresetSidebar.h"
 
-#include "editor/MainWindowModel.h"
-#include "editor/PresetSidebarRowDelegate.h"
-#include "presets/PresetStore.h"
+#include "core/editor/MainWindowModel.h"
+#include "ui/editor/PresetSidebarRowDelegate.h"
+#include "core/presets/PresetStore.h"
 
 #include <QDropEvent>
 #include <QHBoxLayout>

@@ -1,7 +1,7 @@
-#include "editor/PresetSidebarRowDelegate.h"
+#include "ui/editor/PresetSidebarRowDelegate.h"
 
-#include "app/TintedIcon.h"
-#include "editor/PresetSidebar.h"
+#include "ui/tray/TintedIcon.h"
+#include "ui/editor/PresetSidebar.h"
 
 #include <QApplication>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "panel/BoundedTextEditor.h"
+#include "ui/panel/BoundedTextEditor.h"
 
 #include <QPainter>
 #include <QScrollBar>

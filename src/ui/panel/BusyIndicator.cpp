@@ -1,4 +1,4 @@
-#include "panel/BusyIndicator.h"
+#include "ui/panel/BusyIndicator.h"
 
 #include <QPainter>
 

@@ -1,8 +1,8 @@
-#include "panel/FixPanelController.h"
+#include "ui/panel/FixPanelController.h"
 
-#include "panel/FixPanelView.h"
-#include "panel/FixPanelWindow.h"
-#include "panel/PanelPlacement.h"
+#include "ui/panel/FixPanelView.h"
+#include "ui/panel/FixPanelWindow.h"
+#include "core/panel/PanelPlacement.h"
 
 #include <QCursor>
 #include <QGuiApplication>

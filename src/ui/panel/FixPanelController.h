@@ -1,7 +1,7 @@
 #pragma once
 
-#include "panel/FixPanelModel.h"
-#include "panel/FixPanelWindow.h"
+#include "core/panel/FixPanelModel.h"
+#include "ui/panel/FixPanelWindow.h"
 
 #include <QObject>
 #include <QPoint>

@@ -1,8 +1,8 @@
-#include "panel/FixPanelControlsRow.h"
+#include "ui/panel/FixPanelControlsRow.h"
 
-#include "panel/BusyIndicator.h"
-#include "panel/FixPanelModel.h"
-#include "presets/PresetStore.h"
+#include "ui/panel/BusyIndicator.h"
+#include "core/panel/FixPanelModel.h"
+#include "core/presets/PresetStore.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panel/FixPanelControlsState.h"
+#include "core/panel/FixPanelControlsState.h"
 
 #include <QWidget>
 

@@ -1,12 +1,12 @@
-#include "panel/FixPanelView.h"
+#include "ui/panel/FixPanelView.h"
 
-#include "app/SettingsStatusLabel.h"
-#include "app/TintedIcon.h"
-#include "panel/FixPanelControlsRow.h"
-#include "panel/FixPanelControlsState.h"
-#include "panel/FixPanelModel.h"
-#include "panel/PanelTextEditor.h"
-#include "presets/PresetStore.h"
+#include "ui/widgets/SettingsStatusLabel.h"
+#include "ui/tray/TintedIcon.h"
+#include "ui/panel/FixPanelControlsRow.h"
+#include "core/panel/FixPanelControlsState.h"
+#include "core/panel/FixPanelModel.h"
+#include "ui/panel/PanelTextEditor.h"
+#include "core/presets/PresetStore.h"
 
 #include <QAction>
 #include <QFrame>

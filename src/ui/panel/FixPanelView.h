@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/TextSnapshot.h"
+#include "core/support/TextSnapshot.h"
 
 #include <QElapsedTimer>
 #include <QList>

@@ -1,4 +1,4 @@
-#include "panel/FixPanelWindow.h"
+#include "ui/panel/FixPanelWindow.h"
 
 #include <QEvent>
 #include <QMouseEvent>

@@ -1,6 +1,6 @@
-#include "panel/PanelTextEditor.h"
+#include "ui/panel/PanelTextEditor.h"
 
-#include "panel/PanelTextLines.h"
+#include "core/panel/PanelTextLines.h"
 
 #include <QKeyEvent>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panel/BoundedTextEditor.h"
+#include "ui/panel/BoundedTextEditor.h"
 
 #include <functional>
 

@@ -1,7 +1,7 @@
-#include "dummy/InMemorySettingsStore.h"
-#include "editor/MainWindowModel.h"
-#include "presets/PresetStore.h"
-#include "providers/ProviderCatalog.h"
+#include "support/InMemorySettingsStore.h"
+#include "core/editor/MainWindowModel.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QtTest>
 

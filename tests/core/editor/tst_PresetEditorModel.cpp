@@ -1,8 +1,8 @@
-#include "dummy/InMemorySettingsStore.h"
-#include "editor/PresetEditorModel.h"
-#include "editor/PresetModelListCache.h"
-#include "presets/PresetStore.h"
-#include "providers/ProviderCatalog.h"
+#include "support/InMemorySettingsStore.h"
+#include "core/editor/PresetEditorModel.h"
+#include "core/editor/PresetModelListCache.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/ProviderCatalog.h"
 #include "support/FakeKeyStore.h"
 
 #include <QSignalSpy>

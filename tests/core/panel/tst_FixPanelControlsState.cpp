@@ -1,4 +1,4 @@
-#include "panel/FixPanelControlsState.h"
+#include "core/panel/FixPanelControlsState.h"
 
 #include <QtTest>
 

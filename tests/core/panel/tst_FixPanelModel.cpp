@@ -1,6 +1,6 @@
-#include "dummy/InMemorySettingsStore.h"
-#include "panel/FixPanelModel.h"
-#include "presets/PresetStore.h"
+#include "support/InMemorySettingsStore.h"
+#include "core/panel/FixPanelModel.h"
+#include "core/presets/PresetStore.h"
 #include "support/FakeTransformer.h"
 
 #include <QSignalSpy>

@@ -1,4 +1,4 @@
-#include "panel/PanelPlacement.h"
+#include "core/panel/PanelPlacement.h"
 
 #include <QtTest>
 

@@ -1,5 +1,5 @@
-#include "linux/UnavailableOnDeviceModel.h"
-#include "pipeline/OnDeviceProvider.h"
+#include "platform/linux/UnavailableOnDeviceModel.h"
+#include "core/pipeline/OnDeviceProvider.h"
 #include "support/FakeOnDeviceModel.h"
 #include "support/TestSupport.h"
 

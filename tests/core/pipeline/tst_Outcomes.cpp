@@ -1,9 +1,9 @@
-#include "pipeline/FixResult.h"
-#include "pipeline/OperationUIState.h"
-#include "pipeline/RewriteError.h"
-#include "pipeline/TransformStreamEvent.h"
-#include "pipeline/UnavailableReason.h"
-#include "providers/ProviderConnectionFailure.h"
+#include "core/pipeline/FixResult.h"
+#include "core/pipeline/OperationUIState.h"
+#include "core/transform/RewriteError.h"
+#include "core/transform/TransformStreamEvent.h"
+#include "core/transform/UnavailableReason.h"
+#include "core/providers/ProviderConnectionFailure.h"
 
 #include <QtTest>
 

@@ -1,4 +1,4 @@
-#include "pipeline/OutputCleaning.h"
+#include "core/pipeline/OutputCleaning.h"
 #include "support/TestSupport.h"
 
 #include <QtTest>

@@ -1,7 +1,7 @@
-#include "dummy/InMemorySecretStore.h"
-#include "pipeline/ProviderHub.h"
-#include "presets/BuiltInPresets.h"
-#include "providers/APIKeyStore.h"
+#include "support/InMemorySecretStore.h"
+#include "core/pipeline/ProviderHub.h"
+#include "core/presets/BuiltInPresets.h"
+#include "core/providers/APIKeyStore.h"
 #include "support/FakeOnDeviceModel.h"
 #include "support/TestSupport.h"
 

@@ -1,5 +1,5 @@
-#include "pipeline/RewriteCoordinator.h"
-#include "presets/BuiltInPresets.h"
+#include "core/pipeline/RewriteCoordinator.h"
+#include "core/presets/BuiltInPresets.h"
 #include "support/FakeTransformer.h"
 #include "support/TestSupport.h"
 

@@ -1,6 +1,6 @@
-#include "presets/BuiltInPresets.h"
-#include "presets/Preset.h"
-#include "support/JsonWriter.h"
+#include "core/presets/BuiltInPresets.h"
+#include "core/presets/Preset.h"
+#include "core/support/JsonWriter.h"
 #include "support/TestSupport.h"
 
 #include <QJsonDocument>

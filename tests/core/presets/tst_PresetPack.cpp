@@ -1,7 +1,7 @@
-#include "presets/BuiltInPresets.h"
-#include "presets/PresetPackDocument.h"
-#include "presets/ShippedPacks.h"
-#include "providers/ProviderCatalog.h"
+#include "core/presets/BuiltInPresets.h"
+#include "core/presets/PresetPackDocument.h"
+#include "core/presets/ShippedPacks.h"
+#include "core/providers/ProviderCatalog.h"
 #include "support/TestSupport.h"
 
 #include <QDir>

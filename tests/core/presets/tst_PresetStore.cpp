@@ -1,6 +1,6 @@
-#include "dummy/InMemorySettingsStore.h"
-#include "presets/BuiltInPresets.h"
-#include "presets/PresetStore.h"
+#include "support/InMemorySettingsStore.h"
+#include "core/presets/BuiltInPresets.h"
+#include "core/presets/PresetStore.h"
 
 #include <QSignalSpy>
 #include <QtTest>

@@ -1,7 +1,7 @@
-#include "dummy/InMemorySettingsStore.h"
-#include "presets/PresetStore.h"
-#include "presets/PresetTransfer.h"
-#include "presets/ShippedPacks.h"
+#include "support/InMemorySettingsStore.h"
+#include "core/presets/PresetStore.h"
+#include "core/presets/PresetTransfer.h"
+#include "core/presets/ShippedPacks.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
-#include "dummy/InMemorySecretStore.h"
-#include "providers/APIKeyStore.h"
+#include "support/InMemorySecretStore.h"
+#include "core/providers/APIKeyStore.h"
 #include "support/DeferredSecretStore.h"
 #include "support/TestSupport.h"
 

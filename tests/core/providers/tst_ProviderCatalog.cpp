@@ -1,4 +1,4 @@
-#include "providers/ProviderCatalog.h"
+#include "core/providers/ProviderCatalog.h"
 
 #include <QtTest>
 

@@ -1,4 +1,4 @@
-#include "providers/ServerSentEventReader.h"
+#include "core/providers/ServerSentEventReader.h"
 #include "support/ReferenceEventReader.h"
 #include "support/ScriptedHttpServer.h"
 

@@ -1,7 +1,7 @@
-#include "providers/ChatCompletionRequest.h"
-#include "providers/ChunkScanner.h"
-#include "providers/ModelListResponse.h"
-#include "providers/StreamChatChunk.h"
+#include "core/providers/ChatCompletionRequest.h"
+#include "core/providers/ChunkScanner.h"
+#include "core/providers/ModelListResponse.h"
+#include "core/providers/StreamChatChunk.h"
 #include "support/TestSupport.h"
 
 #include <QDir>

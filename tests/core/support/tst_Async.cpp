@@ -1,6 +1,6 @@
-#include "support/Future.h"
-#include "support/Stream.h"
-#include "support/TextSnapshot.h"
+#include "core/support/Future.h"
+#include "core/support/Stream.h"
+#include "core/support/TextSnapshot.h"
 
 #include <QtTest>
 #include <memory>

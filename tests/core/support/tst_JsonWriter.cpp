@@ -1,4 +1,4 @@
-#include "support/JsonWriter.h"
+#include "core/support/JsonWriter.h"
 #include "support/TestSupport.h"
 
 #include <QtTest>

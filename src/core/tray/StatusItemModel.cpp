@@ -1,0 +1,209 @@
+#include "core/tray/StatusItemModel.h"
+
+#include "core/desktop/Announcer.h"
+#include "core/pipeline/RewriteCoordinator.h"
+#include "core/presets/PresetStore.h"
+#include "core/support/PlatformWording.h"
+
+#include <QPointer>
+#include <QUuid>
+
+namespace scrivel {
+
+namespace {
+
+QString restingToolTip() {
+    return StatusItemModel::tr("Scrivel");
+}
+
+// Runs fn on the next turn of the event loop, and not at all once context is
+// gone.
+template <typename F>
+void later(QObject* context, F&& fn) {
+    QMetaObject::invokeMethod(context, std::forward<F>(fn), Qt::QueuedConnection);
+}
+
+} // namespace
+
+StatusItemModel::StatusItemModel(RewriteCoordinator& coordinator, PresetStore& presets,
+                                 Announcer& announcer, Actions actions, Sleep sleep,
+                                 QObject* parent)
+    : QObject(parent), m_coordinator(coordinator), m_presets(presets), m_announcer(announcer),
+      m_actions(std::move(actions)), m_sleep(std::move(sleep)), m_toolTip(restingToolTip()),
+      m_accessibleValue(tr("Idle")), m_statusLine(tr("Status: Checking…")) {
+    // The coordinator reports from inside a run; the state is applied on the
+    // next turn of the loop, in the order reported.
+    m_coordinator.setUIHandler(
+        [self = QPointer<StatusItemModel>(this)](const OperationUIState& state) {
+            if (!self)
+                return;
+            later(self.data(), [self, state] {
+                if (self)
+                    self->applyState(state);
+            });
+        });
+    connect(&m_presets, &PresetStore::presetsChanged, this, &StatusItemModel::menuChanged);
+    connect(&m_presets, &PresetStore::activePresetIDChanged, this, &StatusItemModel::menuChanged);
+    refreshReadiness();
+}
+
+QList<StatusItemModel::PresetMenuItem> StatusItemModel::presetMenu() const {
+    const std::optional<Preset> active = m_presets.activePreset();
+    QList<PresetMenuItem> items;
+    for (const Preset& preset : m_presets.presets())
+        items.append({preset.name, Preset::idText(preset.id), active && active->id == preset.id});
+    return items;
+}
+
+void StatusItemModel::setButton(Look look, const QString& toolTip, const QString& accessibleValue) {
+    if (look == m_look && toolTip == m_toolTip && accessibleValue == m_accessibleValue)
+        return;
+    m_look = look;
+    m_toolTip = toolTip;
+    m_accessibleValue = accessibleValue;
+    Q_EMIT buttonChanged();
+}
+
+void StatusItemModel::applyState(const OperationUIState& state) {
+    m_feedbackReset.cancel();
+    m_isWorking = state.kind() == OperationUIState::Kind::working;
+
+    std::optional<std::chrono::milliseconds> restAfter;
+    QString announcement;
+    switch (state.kind()) {
+    case OperationUIState::Kind::idle:
+        setButton(Look::wand, restingToolTip(), tr("Idle"));
+        break;
+    case OperationUIState::Kind::working:
+        setButton(Look::progress, tr("Working"), tr("Working"));
+        announcement = tr("Working");
+        break;
+    case OperationUIState::Kind::success:
+        setButton(Look::checkMark, tr("Complete"), tr("Complete"));
+        m_statusLine = tr("Status: Complete");
+        announcement = platformKeyWording(tr("Done. Copied. Press Command-V to paste."));
+        restAfter = successRestDelay;
+        break;
+    case OperationUIState::Kind::alreadyClean:
+        setButton(Look::checkMark, tr("No change"), tr("No change"));
+        m_statusLine = tr("Status: No change");
+        announcement = tr("No change needed. Nothing was copied.");
+        restAfter = otherRestDelay;
+        break;
+    case OperationUIState::Kind::error:
+        setButton(Look::triangle, state.message(), state.message());
+        m_statusLine = tr("Status: %1").arg(state.message());
+        announcement = state.message();
+        restAfter = otherRestDelay;
+        break;
+    case OperationUIState::Kind::modelUnavailable: {
+        const QString reason = state.reason() ? state.reason()->message() : QString();
+        setButton(Look::triangle, reason, tr("Model unavailable"));
+        m_statusLine = tr("Status: Model unavailable");
+        announcement = tr("Model unavailable. %1").arg(reason);
+        restAfter = otherRestDelay;
+        break;
+    }
+    }
+
+    if (restAfter) {
+        // A readiness answer still on its way predates this result; the
+        // return to rest reads readiness afresh.
+        m_readiness.cancel();
+        m_feedbackReset = m_sleep(*restAfter);
+        m_feedbackReset.then(this, [this](std::monostate) { returnToRest(); });
+    }
+    if (!announcement.isEmpty())
+        m_announcer.announce(announcement);
+    Q_EMIT menuChanged();
+}
+
+void StatusItemModel::returnToRest() {
+    setButton(Look::wand, restingToolTip(), tr("Idle"));
+    later(this, [this] { refreshReadiness(); });
+}
+
+void StatusItemModel::refreshReadiness() {
+    const std::optional<Preset> preset = m_presets.activePreset();
+    // A newer refresh replaces an older one still waiting.
+    m_readiness =
+        chainFuture(m_coordinator.readinessLine(preset), this, [this, preset](const QString& line) {
+            m_statusLine = line;
+            return m_coordinator.unavailableReason(preset);
+        });
+    m_readiness.then(this, [this](const std::optional<UnavailableReason>& reason) {
+        if (!m_isWorking) {
+            if (!reason)
+                setButton(m_look, restingToolTip(), tr("Ready"));
+            else
+                setButton(m_look, reason->message(), tr("Model unavailable"));
+        }
+        Q_EMIT menuChanged();
+    });
+}
+
+void StatusItemModel::menuWillOpen() {
+    m_isMenuOpen = true;
+    if (m_actions.setShortcutEnabled)
+        m_actions.setShortcutEnabled(false);
+    Q_EMIT menuChanged();
+    later(this, [this] { refreshReadiness(); });
+}
+
+void StatusItemModel::menuDidClose() {
+    m_isMenuOpen = false;
+    if (m_actions.setShortcutEnabled)
+        m_actions.setShortcutEnabled(true);
+    if (!m_pendingPresentation)
+        return;
+    auto presentation = std::exchange(m_pendingPresentation, nullptr);
+    // One turn for the menu to finish closing (and let go of the pointer and
+    // keyboard), then the presentation.
+    later(this, [this, presentation = std::move(presentation)] { later(this, presentation); });
+}
+
+void StatusItemModel::present(std::function<void()> presentation) {
+    if (m_isMenuOpen)
+        m_pendingPresentation = std::move(presentation);
+    else
+        presentation();
+}
+
+void StatusItemModel::openPanel() {
+    present([this] {
+        if (m_actions.presentPanelCentred)
+            m_actions.presentPanelCentred();
+    });
+}
+
+void StatusItemModel::showSettings() {
+    present([this] {
+        if (!m_actions.showSettings)
+            return;
+        m_actions.showSettings([self = QPointer<StatusItemModel>(this)] {
+            if (self)
+                later(self.data(), [self] {
+                    if (self)
+                        self->prewarmAndRefresh();
+                });
+        });
+    });
+}
+
+void StatusItemModel::selectPreset(const QVariant& representedObject) {
+    if (representedObject.typeId() != QMetaType::QString)
+        return;
+    const std::optional<QUuid> id = Preset::parseID(representedObject.toString());
+    if (!id)
+        return;
+    m_presets.activate(*id);
+    later(this, [this] { prewarmAndRefresh(); });
+    Q_EMIT menuChanged();
+}
+
+void StatusItemModel::prewarmAndRefresh() {
+    m_coordinator.prewarm(m_presets.activePreset());
+    refreshReadiness();
+}
+
+} // namespace scrivel

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "core/pipeline/OperationUIState.h"
+#include "core/transform/UnavailableReason.h"
+#include "core/support/Future.h"
+#include "core/support/Sleep.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+#include <chrono>
+#include <functional>
+#include <optional>
+
+namespace scrivel {
+
+class Announcer;
+class PresetStore;
+class RewriteCoordinator;
+
+// The status item's state: the button's look, tooltip and accessible value
+// for the current run and the active preset's readiness, the menu's status
+// line and preset list, and the menu-tracking rules (the shortcut is off and
+// presentations wait while the menu is open). The tray view renders it.
+class StatusItemModel : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(Look look READ look NOTIFY buttonChanged)
+    Q_PROPERTY(QString toolTip READ toolTip NOTIFY buttonChanged)
+    Q_PROPERTY(QString accessibleValue READ accessibleValue NOTIFY buttonChanged)
+    Q_PROPERTY(QString statusLine READ statusLine NOTIFY menuChanged)
+
+public:
+    enum class Look { wand, progress, checkMark, triangle };
+    Q_ENUM(Look)
+
+    struct PresetMenuItem {
+        QString title;
+        // The preset's identifier in its standard textual form.
+        QString representedObject;
+        bool checked = false;
+        friend bool operator==(const PresetMenuItem&, const PresetMenuItem&) = default;
+    };
+
+    // What the composition root does for the menu's actions.
+    struct Actions {
+        // Shows the panel centred, with the shortcut hint and no sample text.
+        std::function<void()> presentPanelCentred;
+        // Opens the main window on its settings; the window calls
+        // presetsChanged whenever the user changes presets there.
+        std::function<void(std::function<void()> presetsChanged)> showSettings;
+        // Turns the global shortcut off while the menu is open.
+        std::function<void(bool enabled)> setShortcutEnabled;
+    };
+
+    static constexpr std::chrono::milliseconds successRestDelay{2000};
+    static constexpr std::chrono::milliseconds otherRestDelay{3000};
+
+    // Installs itself as the coordinator's status display and reads the
+    // active preset's readiness. sleep stands in for the clock in tests.
+    StatusItemModel(RewriteCoordinator& coordinator, PresetStore& presets, Announcer& announcer,
+                    Actions actions, Sleep sleep = timerSleep, QObject* parent = nullptr);
+
+    Look look() const { return m_look; }
+    const QString& toolTip() const { return m_toolTip; }
+    const QString& accessibleValue() const { return m_accessibleValue; }
+    const QString& statusLine() const { return m_statusLine; }
+    bool isWorking() const { return m_isWorking; }
+    bool isMenuOpen() const { return m_isMenuOpen; }
+    bool hasPendingPresentation() const { return bool(m_pendingPresentation); }
+    // Every preset in store order, the active one checked.
+    QList<PresetMenuItem> presetMenu() const;
+
+    // Shows one run state; a result look returns to rest after its delay
+    // unless a newer state comes first.
+    void applyState(const OperationUIState& state);
+    // Reads the status line and the active preset's readiness again.
+    void refreshReadiness();
+
+    void menuWillOpen();
+    void menuDidClose();
+    void openPanel();
+    void showSettings();
+    // representedObject is a preset item's; anything but a UUID text is
+    // ignored.
+    void selectPreset(const QVariant& representedObject);
+
+Q_SIGNALS:
+    // The look, tooltip or accessible value changed.
+    void buttonChanged();
+    // The status line or the preset list changed: render the menu again.
+    void menuChanged();
+
+private:
+    void setButton(Look look, const QString& toolTip, const QString& accessibleValue);
+    void returnToRest();
+    void prewarmAndRefresh();
+    void present(std::function<void()> presentation);
+
+    RewriteCoordinator& m_coordinator;
+    PresetStore& m_presets;
+    Announcer& m_announcer;
+    Actions m_actions;
+    Sleep m_sleep;
+
+    Look m_look = Look::wand;
+    QString m_toolTip;
+    QString m_accessibleValue;
+    QString m_statusLine;
+    bool m_isWorking = false;
+    bool m_isMenuOpen = false;
+    std::function<void()> m_pendingPresentation;
+    SleepFuture m_feedbackReset;
+    Future<std::optional<UnavailableReason>> m_readiness;
+};
+
+} // namespace scrivel

@@ -1,0 +1,142 @@
+#include "core/settings/GeneralSettingsModel.h"
+#include "ui/widgets/SettingsStatusLabel.h"
+#include "ui/settings/SettingsView.h"
+#include "core/settings/UpdaterController.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QtTest>
+
+using namespace scrivel;
+
+namespace {
+
+struct FakeLoginItems : LoginItemService {
+    LoginItemStatus status() const override { return current; }
+    std::expected<void, QString> registerItem() override {
+        if (failWrites)
+            return std::unexpected(QStringLiteral("Read-only file system"));
+        current = LoginItemStatus::enabled;
+        return {};
+    }
+    std::expected<void, QString> unregisterItem() override {
+        current = LoginItemStatus::notRegistered;
+        return {};
+    }
+    void openSystemSettingsLoginItems() override { ++opened; }
+    LoginItemStatus current = LoginItemStatus::notRegistered;
+    bool failWrites = false;
+    int opened = 0;
+};
+
+// Keeps its automatic-check preference in the test's variable.
+struct FakeFramework : UpdateFramework {
+    explicit FakeFramework(bool& automatic) : automatic(automatic) {}
+    bool canCheckForUpdates() const override { return true; }
+    void checkForUpdates() override {}
+    bool automaticallyChecksForUpdates() const override { return automatic; }
+    void setAutomaticallyChecksForUpdates(bool checks) override { automatic = checks; }
+    bool& automatic;
+};
+
+bool showsText(QWidget& view, const QString& text) {
+    for (QLabel* label : view.findChildren<QLabel*>())
+        if (label->isVisibleTo(&view) && label->text() == text)
+            return true;
+    return false;
+}
+
+QPushButton* button(QWidget& view, const QString& text) {
+    for (QPushButton* b : view.findChildren<QPushButton*>())
+        if (b->text() == text)
+            return b;
+    return nullptr;
+}
+
+// The launch switch by its accessible name, the updates one by its text.
+QCheckBox* checkBox(QWidget& view, const QString& name) {
+    for (QCheckBox* box : view.findChildren<QCheckBox*>())
+        if (box->accessibleName() == name || box->text() == name)
+            return box;
+    return nullptr;
+}
+
+const QString launch = QStringLiteral("Launch at login");
+const QString notConfigured = QStringLiteral("Not configured in this development build");
+
+} // namespace
+
+class SettingsViewTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void refusedChangeShowsTheErrorAndTheStatusReadBack() {
+        FakeLoginItems items;
+        items.failWrites = true;
+        UpdaterController updater{QString(), QString()};
+        SettingsView view(items, updater, [](QWidget* parent) { return new QLineEdit(parent); });
+        view.show();
+        QCheckBox* toggle = checkBox(view, launch);
+        QVERIFY(toggle->isEnabled() && !toggle->isChecked());
+        QVERIFY(view.findChild<QLineEdit*>()); // the recorder's row
+        auto* status = view.findChild<SettingsStatusLabel*>();
+        QVERIFY(!status->isVisibleTo(&view));
+
+        toggle->click();
+        QVERIFY(!toggle->isChecked());
+        QVERIFY(status->isVisibleTo(&view));
+        QCOMPARE(status->accessibleName(),
+                 QStringLiteral("Error. macOS couldn’t update the Login Item. Launch at login "
+                                "needs a signed copy in Applications."));
+
+        items.failWrites = false;
+        toggle->click();
+        QVERIFY(toggle->isChecked());
+        QVERIFY(!status->isVisibleTo(&view));
+    }
+
+    void approvalReplacesTheToggleWhenShownAgain() {
+        FakeLoginItems items;
+        UpdaterController updater{QString(), QString()};
+        SettingsView view(items, updater, {});
+        view.show();
+        QVERIFY(checkBox(view, launch)->isVisibleTo(&view));
+        view.hide();
+        items.current = LoginItemStatus::requiresApproval;
+        view.show();
+        QVERIFY(!checkBox(view, launch)->isVisibleTo(&view));
+        QPushButton* approve = button(view, QStringLiteral("Open Login Items Settings…"));
+        QVERIFY(approve && approve->isVisibleTo(&view));
+        approve->click();
+        QCOMPARE(items.opened, 1);
+        QVERIFY(showsText(view, QStringLiteral("Approve Scrivel in Login Items.")));
+        QVERIFY(showsText(view, view.generalModel().footerText()));
+    }
+
+    void updatesSectionFollowsTheConfiguration() {
+        FakeLoginItems items;
+        UpdaterController unconfigured{QString(), QString()};
+        SettingsView plain(items, unconfigured, {});
+        plain.show();
+        QVERIFY(showsText(plain, notConfigured));
+        QVERIFY(!button(plain, QStringLiteral("Check for Updates…")));
+
+        bool automatic = true; // the framework's stored preference
+        UpdaterController configured(QStringLiteral("https://updates.scrivel.app/appcast.xml"),
+                                     QStringLiteral("AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8="),
+                                     [&] { return std::make_unique<FakeFramework>(automatic); });
+        configured.startIfConfigured();
+        SettingsView view(items, configured, {});
+        view.show();
+        QVERIFY(!showsText(view, notConfigured));
+        QCheckBox* box = checkBox(view, QStringLiteral("Check for updates automatically"));
+        QVERIFY(box->isChecked());
+        box->click();
+        QVERIFY(!automatic);
+        QVERIFY(button(view, QStringLiteral("Check for Updates…"))->isEnabled());
+    }
+};
+
+QTEST_MAIN(SettingsViewTest)
+#include "tst_SettingsView.moc"
