@@ -6,12 +6,12 @@
 //
 //   bench_FixPanelStreaming [events]      (offscreen unless QT_QPA_PLATFORM says otherwise)
 
+#include "core/pipeline/RewriteCoordinator.h"
+#include "core/presets/PresetStore.h"
 #include "support/InMemorySettingsStore.h"
 #include "ui/panel/FixPanelController.h"
 #include "ui/panel/FixPanelView.h"
 #include "ui/panel/PanelTextEditor.h"
-#include "core/pipeline/RewriteCoordinator.h"
-#include "core/presets/PresetStore.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

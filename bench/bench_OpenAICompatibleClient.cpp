@@ -4,15 +4,15 @@
 //
 //   bench_OpenAICompatibleClient
 
-#include "support/InMemorySecretStore.h"
 #include "core/providers/APIKeyStore.h"
 #include "core/providers/OpenAICompatibleProvider.h"
 #include "core/providers/ProviderCatalog.h"
 #include "core/support/JsonWriter.h"
+#include "support/InMemorySecretStore.h"
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <cstdio>

@@ -5,14 +5,14 @@
 //
 //   bench_RewritePipeline [events]
 
-#include "support/InMemorySettingsStore.h"
 #include "core/panel/FixPanelModel.h"
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
 #include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QTimer>
 #include <cstdio>
 #include <sys/resource.h>

@@ -1,16 +1,16 @@
 #include "app/AppDelegate.h"
 
 #include "core/desktop/Clipboard.h"
-#include "core/windows/ConventionalWindowCoordinator.h"
-#include "ui/settings/ShortcutActionBinding.h"
-#include "ui/settings/ShortcutRecorder.h"
-#include "ui/tray/StatusItemController.h"
 #include "core/desktop/WakeObserver.h"
+#include "core/windows/ConventionalWindowCoordinator.h"
 #include "core/windows/WindowSession.h"
 #include "platform/linux/DBusStatusItemExport.h"
 #include "platform/linux/LinuxServices.h"
 #include "platform/linux/NoOpAnnouncer.h"
 #include "platform/linux/XdgAutostartLoginItemService.h"
+#include "ui/settings/ShortcutActionBinding.h"
+#include "ui/settings/ShortcutRecorder.h"
+#include "ui/tray/StatusItemController.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "core/settings/UpdaterController.h"
 #include "core/shortcuts/HotKeyController.h"
 #include "core/shortcuts/KeyboardShortcuts.h"
-#include "ui/settings/SettingsView.h"
 #include "core/shortcuts/ShortcutRecorderModel.h"
-#include "core/settings/UpdaterController.h"
 #include "ui/editor/MainWindowController.h"
 #include "ui/panel/FixPanelController.h"
+#include "ui/settings/SettingsView.h"
 
 #include <QObject>
 #include <functional>

@@ -6,11 +6,11 @@
 #include "cli/Hints.h"
 #include "cli/PresetLookup.h"
 #include "cli/Terminal.h"
-#include "platform/linux/LinuxServices.h"
 #include "core/pipeline/OutputCleaning.h"
 #include "core/presets/PresetTransfer.h"
 #include "core/presets/ShippedPacks.h"
 #include "core/providers/ProviderCatalog.h"
+#include "platform/linux/LinuxServices.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

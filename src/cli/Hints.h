@@ -1,9 +1,9 @@
 #pragma once
 
-#include "core/transform/UnavailableReason.h"
 #include "core/presets/Preset.h"
 #include "core/providers/ProviderConnectionFailure.h"
 #include "core/providers/ProviderEndpoint.h"
+#include "core/transform/UnavailableReason.h"
 
 #include <QString>
 

@@ -1,5 +1,5 @@
-#include "platform/linux/FileSecretStore.h"
 #include "core/providers/KeychainError.h"
+#include "platform/linux/FileSecretStore.h"
 #include "support/TestSupport.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
-#include "platform/linux/QSettingsStore.h"
 #include "core/presets/BuiltInPresets.h"
 #include "core/presets/Preset.h"
+#include "platform/linux/QSettingsStore.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -1,7 +1,7 @@
+#include "core/providers/APIKeyStore.h"
 #include "platform/linux/FileSecretStore.h"
 #include "platform/linux/SecretServiceProbe.h"
 #include "platform/linux/SecretServiceStore.h"
-#include "core/providers/APIKeyStore.h"
 #include "support/TestSupport.h"
 
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "core/shortcuts/KeyboardShortcuts.h"
-#include "support/InMemorySettingsStore.h"
 #include "platform/linux/X11HotKeyService.h"
+#include "support/InMemorySettingsStore.h"
 #include "support/ProcessRun.h"
 #include "support/X11TestClient.h"
 

@@ -2,13 +2,13 @@
 
 #include "core/editor/PresetConnectionState.h"
 #include "core/editor/PresetTestStatus.h"
-#include "core/transform/TransformFailure.h"
-#include "core/transform/UnavailableReason.h"
 #include "core/presets/Preset.h"
 #include "core/providers/APIKeyProviding.h"
 #include "core/providers/ProviderConnectionFailure.h"
 #include "core/providers/ProviderEndpoint.h"
 #include "core/support/Future.h"
+#include "core/transform/TransformFailure.h"
+#include "core/transform/UnavailableReason.h"
 
 #include <QList>
 #include <QObject>

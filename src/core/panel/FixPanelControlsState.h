@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/settings/SettingsStatus.h"
 #include "core/panel/FixPanelModel.h"
+#include "core/settings/SettingsStatus.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
 #include "core/panel/FixPanelModel.h"
 
-#include "core/support/UnicodeText.h"
 #include "core/presets/PresetStore.h"
+#include "core/support/UnicodeText.h"
 
 #include <QPointer>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/pipeline/OnDeviceModel.h"
-#include "core/transform/TransformFailure.h"
 #include "core/support/Future.h"
+#include "core/transform/TransformFailure.h"
 
 #include <QObject>
 #include <QTimer>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "core/pipeline/OnDeviceProvider.h"
-#include "core/transform/PresetTransforming.h"
 #include "core/providers/APIKeyProviding.h"
 #include "core/providers/OpenAICompatibleProvider.h"
 #include "core/providers/ProviderEndpoint.h"
+#include "core/transform/PresetTransforming.h"
 
 #include <QHash>
 #include <QObject>

@@ -2,12 +2,12 @@
 
 #include "core/pipeline/FixResult.h"
 #include "core/pipeline/OperationUIState.h"
-#include "core/transform/PresetTransforming.h"
-#include "core/transform/TransformFailure.h"
 #include "core/presets/Preset.h"
 #include "core/support/DeadlineClock.h"
 #include "core/support/Future.h"
 #include "core/support/TextSnapshot.h"
+#include "core/transform/PresetTransforming.h"
+#include "core/transform/TransformFailure.h"
 
 #include <QObject>
 #include <QSet>

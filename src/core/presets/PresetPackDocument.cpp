@@ -1,7 +1,7 @@
 #include "core/presets/PresetPackDocument.h"
 
-#include "core/support/UnicodeText.h"
 #include "core/support/JsonWriter.h"
+#include "core/support/UnicodeText.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -2,8 +2,8 @@
 
 #include "core/support/Log.h"
 
-#include "core/storage/SettingsStore.h"
 #include "core/presets/BuiltInPresets.h"
+#include "core/storage/SettingsStore.h"
 
 #include <QCoreApplication>
 #include <QThread>

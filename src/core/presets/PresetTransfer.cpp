@@ -1,7 +1,7 @@
 #include "core/presets/PresetTransfer.h"
 
-#include "core/support/UnicodeText.h"
 #include "core/presets/PresetStore.h"
+#include "core/support/UnicodeText.h"
 
 #include <QCoreApplication>
 #include <QFile>

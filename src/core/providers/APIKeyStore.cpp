@@ -1,7 +1,7 @@
 #include "core/providers/APIKeyStore.h"
 
-#include "core/support/UnicodeText.h"
 #include "core/support/Log.h"
+#include "core/support/UnicodeText.h"
 
 #include <QStringDecoder>
 #include <algorithm>

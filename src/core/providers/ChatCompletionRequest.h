@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/transform/RewriteError.h"
 #include "core/providers/CompletionInput.h"
+#include "core/transform/RewriteError.h"
 
 #include <QByteArray>
 #include <QList>

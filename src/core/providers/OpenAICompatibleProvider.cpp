@@ -1,6 +1,5 @@
 #include "core/providers/OpenAICompatibleProvider.h"
 
-#include "core/support/UnicodeText.h"
 #include "core/providers/ChatCompletionRequest.h"
 #include "core/providers/ModelListResponse.h"
 #include "core/providers/ModelRules.h"
@@ -8,6 +7,7 @@
 #include "core/providers/ServerSentEventReader.h"
 #include "core/providers/ThinkBlockFilter.h"
 #include "core/support/Log.h"
+#include "core/support/UnicodeText.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "core/transform/PresetTransforming.h"
 #include "core/providers/APIKeyProviding.h"
 #include "core/providers/CompletionInput.h"
 #include "core/providers/ProviderConnectionFailure.h"
 #include "core/providers/ProviderEndpoint.h"
 #include "core/providers/ProviderRequest.h"
 #include "core/support/Future.h"
+#include "core/transform/PresetTransforming.h"
 
 #include <QNetworkAccessManager>
 #include <QObject>

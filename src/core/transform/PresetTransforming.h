@@ -1,11 +1,11 @@
 #pragma once
 
-#include "core/transform/TransformFailure.h"
-#include "core/transform/TransformStreamEvent.h"
-#include "core/transform/UnavailableReason.h"
 #include "core/presets/Preset.h"
 #include "core/support/Future.h"
 #include "core/support/Stream.h"
+#include "core/transform/TransformFailure.h"
+#include "core/transform/TransformStreamEvent.h"
+#include "core/transform/UnavailableReason.h"
 
 #include <optional>
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/pipeline/OperationUIState.h"
-#include "core/transform/UnavailableReason.h"
 #include "core/support/Future.h"
 #include "core/support/Sleep.h"
+#include "core/transform/UnavailableReason.h"
 
 #include <QList>
 #include <QObject>

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "core/pipeline/ProviderHub.h"
+#include "core/pipeline/RewriteCoordinator.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/APIKeyStore.h"
 #include "platform/linux/FileSecretStore.h"
 #include "platform/linux/LogindWakeObserver.h"
 #include "platform/linux/QSettingsStore.h"
 #include "platform/linux/SecretServiceProbe.h"
 #include "platform/linux/SecretServiceStore.h"
 #include "platform/linux/UnavailableOnDeviceModel.h"
-#include "core/pipeline/ProviderHub.h"
-#include "core/pipeline/RewriteCoordinator.h"
-#include "core/presets/PresetStore.h"
-#include "core/providers/APIKeyStore.h"
 
 #include <functional>
 #include <memory>

@@ -1,14 +1,14 @@
 #include "ui/editor/MainWindow.h"
 
-#include "core/storage/SettingsStore.h"
-#include "ui/tray/TintedIcon.h"
 #include "core/editor/MainWindowModel.h"
 #include "core/editor/PresetEditorModel.h"
+#include "core/presets/PresetStore.h"
+#include "core/presets/ShippedPacks.h"
+#include "core/storage/SettingsStore.h"
 #include "ui/editor/PresetEditorView.h"
 #include "ui/editor/PresetPackPickerDialog.h"
 #include "ui/editor/PresetSidebar.h"
-#include "core/presets/PresetStore.h"
-#include "core/presets/ShippedPacks.h"
+#include "ui/tray/TintedIcon.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -1,10 +1,10 @@
 #include "ui/editor/MainWindowController.h"
 
-#include "ui/editor/FileDialogTransferUI.h"
-#include "ui/editor/MainWindow.h"
 #include "core/editor/MainWindowModel.h"
 #include "core/presets/PresetStore.h"
 #include "core/presets/PresetTransfer.h"
+#include "ui/editor/FileDialogTransferUI.h"
+#include "ui/editor/MainWindow.h"
 
 namespace scrivel {
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/editor/PresetEditorModel.h"
-#include "core/transform/UnavailableReason.h"
 #include "core/presets/PresetPackDocument.h"
 #include "core/support/Future.h"
+#include "core/transform/UnavailableReason.h"
 
 #include <QList>
 #include <functional>

@@ -1,7 +1,7 @@
 #include "ui/editor/PresetConnectionView.h"
 
-#include "ui/tray/TintedIcon.h"
 #include "core/editor/PresetEditorModel.h"
+#include "ui/tray/TintedIcon.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,9 +1,9 @@
 #include "ui/editor/PresetEditorView.h"
 
-#include "ui/editor/InstructionsEditor.h"
-#include "ui/editor/PresetConnectionView.h"
 #include "core/editor/PresetEditorModel.h"
 #include "core/providers/ProviderCatalog.h"
+#include "ui/editor/InstructionsEditor.h"
+#include "ui/editor/PresetConnectionView.h"
 
 #include <QComboBox>
 #include <QFormLayout>

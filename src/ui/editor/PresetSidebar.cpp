@@ -1,8 +1,8 @@
 #include "ui/editor/PresetSidebar.h"
 
 #include "core/editor/MainWindowModel.h"
-#include "ui/editor/PresetSidebarRowDelegate.h"
 #include "core/presets/PresetStore.h"
+#include "ui/editor/PresetSidebarRowDelegate.h"
 
 #include <QDropEvent>
 #include <QHBoxLayout>

@@ -1,7 +1,7 @@
 #include "ui/editor/PresetSidebarRowDelegate.h"
 
-#include "ui/tray/TintedIcon.h"
 #include "ui/editor/PresetSidebar.h"
+#include "ui/tray/TintedIcon.h"
 
 #include <QApplication>
 #include <QPainter>

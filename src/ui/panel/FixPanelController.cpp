@@ -1,8 +1,8 @@
 #include "ui/panel/FixPanelController.h"
 
+#include "core/panel/PanelPlacement.h"
 #include "ui/panel/FixPanelView.h"
 #include "ui/panel/FixPanelWindow.h"
-#include "core/panel/PanelPlacement.h"
 
 #include <QCursor>
 #include <QGuiApplication>

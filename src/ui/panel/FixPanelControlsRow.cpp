@@ -1,8 +1,8 @@
 #include "ui/panel/FixPanelControlsRow.h"
 
-#include "ui/panel/BusyIndicator.h"
 #include "core/panel/FixPanelModel.h"
 #include "core/presets/PresetStore.h"
+#include "ui/panel/BusyIndicator.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

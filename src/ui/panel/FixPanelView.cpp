@@ -1,12 +1,12 @@
 #include "ui/panel/FixPanelView.h"
 
-#include "ui/widgets/SettingsStatusLabel.h"
-#include "ui/tray/TintedIcon.h"
-#include "ui/panel/FixPanelControlsRow.h"
 #include "core/panel/FixPanelControlsState.h"
 #include "core/panel/FixPanelModel.h"
-#include "ui/panel/PanelTextEditor.h"
 #include "core/presets/PresetStore.h"
+#include "ui/panel/FixPanelControlsRow.h"
+#include "ui/panel/PanelTextEditor.h"
+#include "ui/tray/TintedIcon.h"
+#include "ui/widgets/SettingsStatusLabel.h"
 
 #include <QAction>
 #include <QFrame>

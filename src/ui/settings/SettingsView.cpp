@@ -1,8 +1,8 @@
 #include "ui/settings/SettingsView.h"
 
 #include "core/settings/GeneralSettingsModel.h"
-#include "ui/widgets/SettingsStatusLabel.h"
 #include "core/settings/UpdaterController.h"
+#include "ui/widgets/SettingsStatusLabel.h"
 
 #include <QCheckBox>
 #include <QFrame>

@@ -1,7 +1,7 @@
 #include "ui/tray/StatusItemController.h"
 
-#include "ui/tray/TintedIcon.h"
 #include "core/settings/UpdaterController.h"
+#include "ui/tray/TintedIcon.h"
 
 #include <QAction>
 #include <QActionGroup>

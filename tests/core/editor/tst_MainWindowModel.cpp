@@ -1,7 +1,7 @@
-#include "support/InMemorySettingsStore.h"
 #include "core/editor/MainWindowModel.h"
 #include "core/presets/PresetStore.h"
 #include "core/providers/ProviderCatalog.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QtTest>
 

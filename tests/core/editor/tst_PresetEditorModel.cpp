@@ -1,9 +1,9 @@
-#include "support/InMemorySettingsStore.h"
 #include "core/editor/PresetEditorModel.h"
 #include "core/editor/PresetModelListCache.h"
 #include "core/presets/PresetStore.h"
 #include "core/providers/ProviderCatalog.h"
 #include "support/FakeKeyStore.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QSignalSpy>
 #include <QtTest>

@@ -1,7 +1,7 @@
-#include "support/InMemorySettingsStore.h"
 #include "core/panel/FixPanelModel.h"
 #include "core/presets/PresetStore.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QSignalSpy>
 #include <QtTest>

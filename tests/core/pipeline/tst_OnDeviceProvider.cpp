@@ -1,5 +1,5 @@
-#include "platform/linux/UnavailableOnDeviceModel.h"
 #include "core/pipeline/OnDeviceProvider.h"
+#include "platform/linux/UnavailableOnDeviceModel.h"
 #include "support/FakeOnDeviceModel.h"
 #include "support/TestSupport.h"
 

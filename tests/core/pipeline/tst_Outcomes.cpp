@@ -1,9 +1,9 @@
 #include "core/pipeline/FixResult.h"
 #include "core/pipeline/OperationUIState.h"
+#include "core/providers/ProviderConnectionFailure.h"
 #include "core/transform/RewriteError.h"
 #include "core/transform/TransformStreamEvent.h"
 #include "core/transform/UnavailableReason.h"
-#include "core/providers/ProviderConnectionFailure.h"
 
 #include <QtTest>
 

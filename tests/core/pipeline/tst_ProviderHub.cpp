@@ -1,8 +1,8 @@
-#include "support/InMemorySecretStore.h"
 #include "core/pipeline/ProviderHub.h"
 #include "core/presets/BuiltInPresets.h"
 #include "core/providers/APIKeyStore.h"
 #include "support/FakeOnDeviceModel.h"
+#include "support/InMemorySecretStore.h"
 #include "support/TestSupport.h"
 
 #include <QtTest>

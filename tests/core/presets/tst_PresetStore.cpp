@@ -1,6 +1,6 @@
-#include "support/InMemorySettingsStore.h"
 #include "core/presets/BuiltInPresets.h"
 #include "core/presets/PresetStore.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QSignalSpy>
 #include <QtTest>

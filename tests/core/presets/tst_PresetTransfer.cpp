@@ -1,7 +1,7 @@
-#include "support/InMemorySettingsStore.h"
 #include "core/presets/PresetStore.h"
 #include "core/presets/PresetTransfer.h"
 #include "core/presets/ShippedPacks.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QDir>
 #include <QFile>

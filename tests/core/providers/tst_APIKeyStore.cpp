@@ -1,6 +1,6 @@
-#include "support/InMemorySecretStore.h"
 #include "core/providers/APIKeyStore.h"
 #include "support/DeferredSecretStore.h"
+#include "support/InMemorySecretStore.h"
 #include "support/TestSupport.h"
 
 #include <QtTest>

@@ -1,8 +1,8 @@
-#include "support/InMemorySecretStore.h"
 #include "core/providers/APIKeyStore.h"
 #include "core/providers/ChatCompletionRequest.h"
 #include "core/providers/OpenAICompatibleProvider.h"
 #include "core/providers/ProviderCatalog.h"
+#include "support/InMemorySecretStore.h"
 #include "support/ScriptedHttpServer.h"
 #include "support/TestSupport.h"
 

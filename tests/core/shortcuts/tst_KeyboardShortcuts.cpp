@@ -1,7 +1,7 @@
 #include "core/shortcuts/HotKeyController.h"
 #include "core/shortcuts/KeyboardShortcuts.h"
-#include "support/InMemorySettingsStore.h"
 #include "support/FakeHotKeyService.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QSignalSpy>
 #include <QtTest>

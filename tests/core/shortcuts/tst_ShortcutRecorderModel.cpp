@@ -1,7 +1,7 @@
 #include "core/shortcuts/KeyboardShortcuts.h"
 #include "core/shortcuts/ShortcutRecorderModel.h"
-#include "support/InMemorySettingsStore.h"
 #include "support/FakeHotKeyService.h"
+#include "support/InMemorySettingsStore.h"
 
 #include <QtTest>
 

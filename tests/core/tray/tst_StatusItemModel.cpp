@@ -1,9 +1,9 @@
 #include "core/desktop/Announcer.h"
-#include "core/tray/StatusItemModel.h"
-#include "support/InMemorySettingsStore.h"
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
+#include "core/tray/StatusItemModel.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemorySettingsStore.h"
 #include "support/ManualClock.h"
 
 #include <QtTest>

@@ -1,13 +1,13 @@
+#include "core/editor/MainWindowModel.h"
+#include "core/presets/PresetStore.h"
+#include "support/FakeKeyStore.h"
 #include "support/InMemorySettingsStore.h"
+#include "support/ModalScript.h"
 #include "ui/editor/MainWindow.h"
 #include "ui/editor/MainWindowController.h"
-#include "core/editor/MainWindowModel.h"
 #include "ui/editor/PresetEditorView.h"
 #include "ui/editor/PresetPackPickerDialog.h"
 #include "ui/editor/PresetSidebar.h"
-#include "core/presets/PresetStore.h"
-#include "support/FakeKeyStore.h"
-#include "support/ModalScript.h"
 
 #include <QFileDialog>
 #include <QLabel>

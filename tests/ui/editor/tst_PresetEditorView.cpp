@@ -1,12 +1,12 @@
-#include "support/InMemorySettingsStore.h"
-#include "ui/editor/PresetConnectionView.h"
 #include "core/editor/PresetEditorModel.h"
-#include "ui/editor/PresetEditorView.h"
 #include "core/editor/PresetModelListCache.h"
 #include "core/presets/PresetStore.h"
 #include "core/providers/ProviderCatalog.h"
 #include "support/FakeKeyStore.h"
+#include "support/InMemorySettingsStore.h"
 #include "support/ModalScript.h"
+#include "ui/editor/PresetConnectionView.h"
+#include "ui/editor/PresetEditorView.h"
 
 #include <QComboBox>
 #include <QLabel>

@@ -1,12 +1,12 @@
-#include "ui/widgets/SettingsStatusLabel.h"
+#include "core/presets/PresetStore.h"
+#include "support/FakeTransformer.h"
 #include "support/InMemorySettingsStore.h"
 #include "ui/panel/FixPanelController.h"
 #include "ui/panel/FixPanelControlsRow.h"
 #include "ui/panel/FixPanelView.h"
 #include "ui/panel/FixPanelWindow.h"
 #include "ui/panel/PanelTextEditor.h"
-#include "core/presets/PresetStore.h"
-#include "support/FakeTransformer.h"
+#include "ui/widgets/SettingsStatusLabel.h"
 
 #include <QAction>
 #include <QComboBox>

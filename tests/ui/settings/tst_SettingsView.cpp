@@ -1,7 +1,7 @@
 #include "core/settings/GeneralSettingsModel.h"
-#include "ui/widgets/SettingsStatusLabel.h"
-#include "ui/settings/SettingsView.h"
 #include "core/settings/UpdaterController.h"
+#include "ui/settings/SettingsView.h"
+#include "ui/widgets/SettingsStatusLabel.h"
 
 #include <QCheckBox>
 #include <QLabel>

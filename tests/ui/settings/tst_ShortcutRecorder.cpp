@@ -1,8 +1,8 @@
 #include "core/shortcuts/KeyboardShortcuts.h"
+#include "support/FakeHotKeyService.h"
+#include "support/InMemorySettingsStore.h"
 #include "ui/settings/ShortcutActionBinding.h"
 #include "ui/settings/ShortcutRecorder.h"
-#include "support/InMemorySettingsStore.h"
-#include "support/FakeHotKeyService.h"
 
 #include <QAction>
 #include <QApplication>

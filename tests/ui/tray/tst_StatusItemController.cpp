@@ -1,10 +1,10 @@
-#include "ui/tray/StatusItemController.h"
-#include "core/settings/UpdaterController.h"
-#include "support/InMemorySettingsStore.h"
-#include "platform/linux/NoOpAnnouncer.h"
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
+#include "core/settings/UpdaterController.h"
+#include "platform/linux/NoOpAnnouncer.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemorySettingsStore.h"
+#include "ui/tray/StatusItemController.h"
 
 #include <QMenu>
 #include <QtTest>
