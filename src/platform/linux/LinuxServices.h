@@ -4,6 +4,7 @@
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
 #include "core/providers/APIKeyStore.h"
+#include "core/storage/ReportingSettingsStore.h"
 #include "platform/linux/FileSecretStore.h"
 #include "platform/linux/LogindWakeObserver.h"
 #include "platform/linux/QSettingsStore.h"
@@ -25,7 +26,8 @@ class LinuxServices {
 public:
     LinuxServices();
 
-    SettingsStore& settings() { return m_settings; }
+    // The settings file, reporting its read and write failures.
+    ReportingSettingsStore& settings() { return m_settings; }
     OnDeviceModel& onDeviceModel() { return m_onDevice; }
     PresetStore& presets() { return *m_presets; }
     APIKeyStore& keys() { return *m_keys; }
@@ -37,7 +39,8 @@ public:
     void setKeyFileDamageHandler(std::function<void(const QString& path)> handler);
 
 private:
-    QSettingsStore m_settings;
+    QSettingsStore m_settingsFile;
+    ReportingSettingsStore m_settings{m_settingsFile};
     SecretServiceStore m_secretService;
     FileSecretStore m_fileStore;
     SecretServiceProbe m_probe;
