@@ -3,6 +3,7 @@
 #include "core/support/Log.h"
 
 #include "core/presets/BuiltInPresets.h"
+#include "core/presets/StoredPresetList.h"
 #include "core/storage/SettingsStore.h"
 
 #include <QCoreApplication>
@@ -24,9 +25,42 @@ void assertMainThread() {
 PresetStore::PresetStore(SettingsStore& settings, QObject* parent)
     : QObject(parent), m_settings(settings) {
     assertMainThread();
-    if (const auto data = m_settings.data(presetsKey())) {
-        if (auto decoded = Preset::decodeList(*data))
-            m_presets = std::move(*decoded);
+    if (m_settings.readError())
+        return;
+    load();
+}
+
+void PresetStore::load() {
+    // Stored as bytes by this version; a text or anything else under the key
+    // is kept as its text.
+    std::optional<QByteArray> data = m_settings.data(presetsKey());
+    if (!data && m_settings.contains(presetsKey()))
+        data = m_settings.text(presetsKey()).value_or(QString()).toUtf8();
+    if (data) {
+        StoredPresetList stored = StoredPresetList::read(*data);
+        m_presets = std::move(stored.presets);
+        if (stored.losesData()) {
+            qCWarning(rewriteLog).noquote()
+                << QStringLiteral(
+                       "stored presets damaged unreadable=%1 wellFormed=%2 unknownKeys=%3")
+                       .arg(stored.unreadable)
+                       .arg(stored.wellFormed)
+                       .arg(stored.unknownKeys.size());
+            m_uncopiedList = *data;
+            const auto kind = stored.unreadable > 0 || !stored.wellFormed
+                                  ? PresetStoreProblem::Kind::presetsUnreadable
+                                  : PresetStoreProblem::Kind::newerFields;
+            const auto copied = m_settings.keepCopy(backupPrefix(), *data);
+            if (copied) {
+                m_uncopiedList.reset();
+                m_loadProblem =
+                    PresetStoreProblem(kind, *copied, stored.unreadable, int(m_presets.size()));
+            } else {
+                m_loadProblem =
+                    PresetStoreProblem(PresetStoreProblem::Kind::copyFailed, copied.error().path(),
+                                       stored.unreadable, int(m_presets.size()));
+            }
+        }
     }
     if (const auto text = m_settings.text(activePresetKey())) {
         if (const auto id = Preset::parseID(*text); id && preset(*id)) {
@@ -65,7 +99,7 @@ std::optional<Preset> PresetStore::activePreset() const {
 
 void PresetStore::seedIfEmpty(bool onDeviceModelAvailable) {
     assertMainThread();
-    if (!m_presets.isEmpty())
+    if (!m_presets.isEmpty() || m_settings.readError())
         return;
     setPresets(builtInPresets(onDeviceModelAvailable));
     m_activePresetID = m_presets.first().id;
@@ -173,12 +207,32 @@ void PresetStore::setActivePresetID(const std::optional<QUuid>& id) {
 void PresetStore::save() {
     assertMainThread();
     // A list that cannot be encoded is not written: the stored list keeps
-    // its previous value. The active preset is written either way.
-    if (const auto encoded = Preset::encodeList(m_presets))
-        m_settings.setData(presetsKey(), *encoded);
-    else
+    // its previous value. Nor is one whose damaged predecessor has not been
+    // copied yet. The active preset is written either way.
+    if (const auto copied = copyStoredList(); !copied) {
+        qCWarning(rewriteLog) << "presets not saved: the stored list could not be copied";
+        m_listWriteError = copied.error();
+    } else if (const auto encoded = Preset::encodeList(m_presets)) {
+        const auto written = m_settings.setData(presetsKey(), *encoded);
+        m_listWriteError = written ? std::nullopt : std::optional(written.error());
+    } else {
         qCWarning(rewriteLog) << "presets not saved: a temperature is not a finite number";
+    }
     writeActivePresetID();
+}
+
+std::expected<void, SettingsStoreError> PresetStore::copyStoredList() {
+    if (!m_uncopiedList)
+        return {};
+    const auto copied = m_settings.keepCopy(backupPrefix(), *m_uncopiedList);
+    if (!copied)
+        return std::unexpected(copied.error());
+    m_uncopiedList.reset();
+    return {};
+}
+
+std::optional<SettingsStoreError> PresetStore::saveError() const {
+    return m_listWriteError ? m_listWriteError : m_activeWriteError;
 }
 
 void PresetStore::setPresets(QList<Preset> presets) {
@@ -189,10 +243,10 @@ void PresetStore::setPresets(QList<Preset> presets) {
 }
 
 void PresetStore::writeActivePresetID() {
-    if (m_activePresetID)
-        m_settings.setText(activePresetKey(), Preset::idText(*m_activePresetID));
-    else
-        m_settings.remove(activePresetKey());
+    const auto written =
+        m_activePresetID ? m_settings.setText(activePresetKey(), Preset::idText(*m_activePresetID))
+                         : m_settings.remove(activePresetKey());
+    m_activeWriteError = written ? std::nullopt : std::optional(written.error());
 }
 
 std::expected<PresetStore::ImportResult, PresetPackError>

@@ -2,6 +2,8 @@
 
 #include "core/presets/Preset.h"
 #include "core/presets/PresetPackDocument.h"
+#include "core/presets/PresetStoreProblem.h"
+#include "core/storage/SettingsStoreError.h"
 
 #include <QList>
 #include <QObject>
@@ -23,10 +25,23 @@ class PresetStore : public QObject {
 public:
     static QString presetsKey() { return QStringLiteral("scrivel.presets"); }
     static QString activePresetKey() { return QStringLiteral("scrivel.active-preset"); }
+    // How copies of a damaged stored list begin their file names.
+    static QString backupPrefix() { return QStringLiteral("presets-backup"); }
 
-    // Loads the stored list and active identifier. Unreadable data counts as
-    // no presets; an active identifier naming nothing falls back to the first.
+    // Loads the stored list and active identifier. Every stored preset that
+    // reads is kept; when anything would be lost by saving the list again,
+    // the stored data is first copied, unchanged, beside the settings (see
+    // loadProblem()). An active identifier naming nothing falls back to the
+    // first preset. Settings that cannot be read at all load nothing.
     explicit PresetStore(SettingsStore& settings, QObject* parent = nullptr);
+
+    // What loading found wrong with the stored list, for telling the user.
+    const std::optional<PresetStoreProblem>& loadProblem() const { return m_loadProblem; }
+    // Why what the store holds is not all stored: the last write of the list
+    // (or the copy that must come first) or of the active identifier failed.
+    // Nothing once both have been written since. The held state stays, and
+    // every change writes it again.
+    std::optional<SettingsStoreError> saveError() const;
 
     const QList<Preset>& presets() const { return m_presets; }
     std::optional<QUuid> activePresetID() const { return m_activePresetID; }
@@ -35,6 +50,8 @@ public:
     std::optional<Preset> preset(const QUuid& id) const;
 
     // Fills an empty store with the built-in presets and activates the first.
+    // Does nothing when the settings could not be read: an unreadable store
+    // is not an empty one.
     void seedIfEmpty(bool onDeviceModelAvailable);
     // Appends and saves; the active preset stays.
     void add(const Preset& preset);
@@ -54,7 +71,9 @@ public:
     void activate(const QUuid& id);
     // Sets the active identifier and writes it at once.
     void setActivePresetID(const std::optional<QUuid>& id);
-    // Writes the list, then the active identifier.
+    // Writes the list, then the active identifier. The list is not written
+    // while a damaged stored list still waits to be copied (the copy is tried
+    // again first).
     void save();
 
     struct ImportResult {
@@ -84,8 +103,16 @@ private:
     QUuid activePresetIDOrNull() const { return m_activePresetID.value_or(QUuid()); }
     void setPresets(QList<Preset> presets);
     void writeActivePresetID();
+    void load();
+    std::expected<void, SettingsStoreError> copyStoredList();
 
     SettingsStore& m_settings;
+    std::optional<PresetStoreProblem> m_loadProblem;
+    // The stored data that must be copied before the list is written again.
+    std::optional<QByteArray> m_uncopiedList;
+    // Why the list and the active identifier as held are not what is stored.
+    std::optional<SettingsStoreError> m_listWriteError;
+    std::optional<SettingsStoreError> m_activeWriteError;
     QList<Preset> m_presets;
     std::optional<QUuid> m_activePresetID;
 };

@@ -12,6 +12,7 @@ using namespace Qt::StringLiterals;
 // Something done to a store holding the presets it was given.
 using Change = std::function<void(PresetStore&, const QList<Preset>&)>;
 Q_DECLARE_METATYPE(Change)
+Q_DECLARE_METATYPE(scrivel::PresetStoreProblem::Kind)
 
 namespace {
 
@@ -61,6 +62,12 @@ private Q_SLOTS:
     void newPresetTemplate();
     void unencodableTemperatureKeepsTheStoredList_data();
     void unencodableTemperatureKeepsTheStoredList();
+    void damagedListKeepsWhatReadsAndIsCopiedFirst_data();
+    void damagedListKeepsWhatReadsAndIsCopiedFirst();
+    void uncopiedListIsNeverWrittenOver();
+    void failedWritesKeepTheStateAndAreTriedAgain_data();
+    void failedWritesKeepTheStateAndAreTriedAgain();
+    void unreadableSettingsAreNotAnEmptyStore();
 };
 
 void PresetStoreTest::firstLaunchSeedsTheBuiltIns_data() {
@@ -92,7 +99,11 @@ void PresetStoreTest::loadingFallsBack_data() {
     QTest::addColumn<int>("count");
     QTest::addColumn<int>("activeIndex"); // -1: none
 
-    const QList<Preset> two = lettered(u"AB"_s);
+    QList<Preset> two = lettered(u"AB"_s);
+    // Every field set: nothing in a list this version wrote is unknown to it.
+    two[1].customBaseURL = u"http://localhost:8080/v1"_s;
+    two[1].reasoningEffort = u"low"_s;
+    two[1].validatesEdits = true;
     const QByteArray good = *Preset::encodeList(two);
     QTest::newRow("stored active") << good << Preset::idText(two[1].id) << 2 << 1;
     QTest::newRow("active names nothing") << good << Preset::idText(QUuid::createUuid()) << 2 << 0;
@@ -116,6 +127,7 @@ void PresetStoreTest::loadingFallsBack() {
         settings.setText(PresetStore::activePresetKey(), active);
     PresetStore presets(settings);
     QCOMPARE(presets.presets().size(), count);
+    QCOMPARE(presets.loadProblem().has_value(), count == 0 && !data.isEmpty());
     if (activeIndex < 0)
         QVERIFY(!presets.activePresetID() && !presets.activePreset());
     else
@@ -308,6 +320,152 @@ void PresetStoreTest::unencodableTemperatureKeepsTheStoredList() {
     QVERIFY(before && !before->contains("null"));
     QCOMPARE(settings.text(PresetStore::activePresetKey()), Preset::idText(initial[1].id));
     QCOMPARE(PresetStore(settings).presets(), initial);
+}
+
+void PresetStoreTest::damagedListKeepsWhatReadsAndIsCopiedFirst_data() {
+    QTest::addColumn<QByteArray>("data");
+    QTest::addColumn<QString>("kept");
+    QTest::addColumn<PresetStoreProblem::Kind>("kind");
+    QTest::addColumn<int>("unreadable");
+
+    const QByteArray good = *Preset::encodeList(lettered(u"ABC"_s));
+    const auto edited = [&good](const QByteArray& before, const QByteArray& after) {
+        QByteArray data = good;
+        return data.replace(before, after);
+    };
+    QTest::newRow("one wrong-typed field")
+        << edited("\"name\":\"B\"", "\"name\":[\"B\"]") << u"AC"_s
+        << PresetStoreProblem::Kind::presetsUnreadable << 1;
+    QTest::newRow("one preset not JSON") << edited("\"name\":\"B\"", "\"name\" \"B\"") << u"AC"_s
+                                         << PresetStoreProblem::Kind::presetsUnreadable << 1;
+    // Names made of the characters that delimit JSON: reading a damaged list
+    // element by element must follow strings.
+    const QByteArray tricky = *Preset::encodeList(lettered(u"{],"_s));
+    QTest::newRow("cut off inside the last preset")
+        << tricky.left(tricky.lastIndexOf("instructions")) << u"{]"_s
+        << PresetStoreProblem::Kind::presetsUnreadable << 1;
+    QTest::newRow("cut off after a whole preset")
+        << tricky.left(tricky.lastIndexOf("},{") + 1) << u"{]"_s
+        << PresetStoreProblem::Kind::presetsUnreadable << 0;
+    QTest::newRow("unknown field from a newer version")
+        << edited("\"name\":\"C\"", "\"name\":\"C\",\"tone\":{\"level\":[2]}") << u"ABC"_s
+        << PresetStoreProblem::Kind::newerFields << 0;
+    QTest::newRow("a newer version changed a field's type")
+        << edited("\"temperature\":0", "\"temperature\":{\"value\":0}") << QString()
+        << PresetStoreProblem::Kind::presetsUnreadable << 3;
+    QTest::newRow("not an array") << "{\"presets\":" + good + "}" << QString()
+                                  << PresetStoreProblem::Kind::presetsUnreadable << 0;
+    QTest::newRow("not JSON") << QByteArray("\x01\xff garbage") << QString()
+                              << PresetStoreProblem::Kind::presetsUnreadable << 0;
+}
+
+void PresetStoreTest::damagedListKeepsWhatReadsAndIsCopiedFirst() {
+    QFETCH(QByteArray, data);
+    QFETCH(QString, kept);
+    QFETCH(PresetStoreProblem::Kind, kind);
+    QFETCH(int, unreadable);
+
+    InMemorySettingsStore settings;
+    settings.setData(PresetStore::presetsKey(), data);
+    PresetStore presets(settings);
+    QCOMPARE(namesOf(presets.presets()), kept);
+    QVERIFY(presets.loadProblem());
+    QCOMPARE(presets.loadProblem()->kind(), kind);
+    QCOMPARE(presets.loadProblem()->unreadable(), unreadable);
+    QCOMPARE(presets.loadProblem()->kept(), kept.size());
+    // The copy holds the stored bytes, unchanged, and the message names it.
+    QCOMPARE(settings.copies().values(), QList<QByteArray>{data});
+    QCOMPARE(presets.loadProblem()->path(), settings.copies().firstKey());
+    QVERIFY(presets.loadProblem()->message().contains(settings.copies().firstKey()));
+
+    // Seeding replaces the list only when nothing in it could be read.
+    presets.seedIfEmpty(false);
+    if (kept.isEmpty()) {
+        QCOMPARE(PresetStore(settings).presets(), presets.presets());
+        QCOMPARE(presets.presets().size(), 3);
+    } else {
+        QCOMPARE(settings.data(PresetStore::presetsKey()), data);
+        QCOMPARE(namesOf(presets.presets()), kept);
+    }
+    QCOMPARE(settings.copies().size(), 1);
+}
+
+void PresetStoreTest::uncopiedListIsNeverWrittenOver() {
+    const QByteArray damaged = Preset::encodeList(lettered(u"A"_s))->chopped(1) + ",{\"id\":7}]";
+    InMemorySettingsStore settings;
+    settings.setData(PresetStore::presetsKey(), damaged);
+    settings.setFailingCopies(true);
+    PresetStore presets(settings);
+    QCOMPARE(presets.loadProblem()->kind(), PresetStoreProblem::Kind::copyFailed);
+
+    // Changes stay in memory and the stored list as it was, until a copy
+    // can be made; the active identifier is not the list and is written.
+    presets.add(lettered(u"B"_s)[0]);
+    QCOMPARE(namesOf(presets.presets()), u"AB"_s);
+    QCOMPARE(settings.data(PresetStore::presetsKey()), damaged);
+    QVERIFY(presets.saveError());
+    QCOMPARE(presets.saveError()->kind(), SettingsStoreError::Kind::unwritable);
+    presets.activate(presets.presets()[1].id);
+    QVERIFY(presets.saveError());
+
+    settings.setFailingCopies(false);
+    presets.add(lettered(u"C"_s)[0]);
+    QCOMPARE(settings.copies().values(), QList<QByteArray>{damaged});
+    QCOMPARE(namesOf(PresetStore(settings).presets()), u"ABC"_s);
+    QVERIFY(!presets.saveError());
+}
+
+void PresetStoreTest::failedWritesKeepTheStateAndAreTriedAgain_data() {
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<QString>("names");
+    QTest::addColumn<QString>("activeName");
+    QTest::newRow("add") << Change([](auto& s, auto&) { s.add(lettered(u"C"_s)[0]); }) << u"ABC"_s
+                         << u"A"_s;
+    QTest::newRow("activate") << Change([](auto& s, auto& initial) { s.activate(initial[1].id); })
+                              << u"AB"_s << u"B"_s;
+    QTest::newRow("remove the active preset")
+        << Change([](auto& s, auto& initial) { s.remove(initial[0].id); }) << u"B"_s << u"B"_s;
+    QTest::newRow("move") << Change([](auto& s, auto&) { s.move({0}, 2); }) << u"BA"_s << u"A"_s;
+}
+
+void PresetStoreTest::failedWritesKeepTheStateAndAreTriedAgain() {
+    QFETCH(Change, change);
+    QFETCH(QString, names);
+    QFETCH(QString, activeName);
+
+    InMemorySettingsStore settings;
+    const QList<Preset> initial = lettered(u"AB"_s);
+    store(settings, initial, 0);
+    PresetStore presets(settings);
+    settings.setFailingWrites(true);
+    change(presets, initial);
+    QVERIFY(presets.saveError());
+    QCOMPARE(namesOf(presets.presets()), names);
+    QCOMPARE(presets.activePreset()->name, activeName);
+    QCOMPARE(namesOf(PresetStore(settings).presets()), u"AB"_s); // nothing stored
+
+    // The next change writes everything held, not only itself.
+    settings.setFailingWrites(false);
+    Preset renamed = presets.presets().last();
+    renamed.name += u"!"_s;
+    presets.update(renamed);
+    QVERIFY(!presets.saveError());
+    const PresetStore reloaded(settings);
+    QCOMPARE(reloaded.presets(), presets.presets());
+    QCOMPARE(reloaded.activePreset()->name, presets.activePreset()->name);
+}
+
+void PresetStoreTest::unreadableSettingsAreNotAnEmptyStore() {
+    InMemorySettingsStore settings;
+    store(settings, lettered(u"AB"_s), 0);
+    settings.setReadError(
+        SettingsStoreError(SettingsStoreError::Kind::unreadable, u"/home/u/Scrivel.conf"_s));
+    const int writes = settings.writeCount();
+    PresetStore presets(settings);
+    presets.seedIfEmpty(true);
+    QVERIFY(presets.presets().isEmpty());
+    QCOMPARE(settings.writeCount(), writes);
+    QVERIFY(!presets.loadProblem());
 }
 
 QTEST_GUILESS_MAIN(PresetStoreTest)
