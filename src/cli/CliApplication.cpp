@@ -224,6 +224,36 @@ LinuxServices& CliApplication::services() {
     return *m_services;
 }
 
+PresetStore* CliApplication::readPresets() {
+    LinuxServices& all = services();
+    if (const auto unreadable = all.settings().readError()) {
+        write(stderr, unreadable->message() + QStringLiteral("\n"));
+        return nullptr;
+    }
+    PresetStore& store = all.presets();
+    if (const auto& problem = store.loadProblem())
+        write(stderr, problem->message() + QStringLiteral("\n"));
+    // The built-ins seeded into an empty store that could not be written:
+    // the command can still use them, and is told they are not kept.
+    if (const auto error = store.saveError())
+        sayOnce(error->message());
+    return &store;
+}
+
+bool CliApplication::saved(const PresetStore& store) {
+    const auto error = store.saveError();
+    if (error)
+        sayOnce(error->message());
+    return !error;
+}
+
+void CliApplication::sayOnce(const QString& message) {
+    if (m_said.contains(message))
+        return;
+    m_said.insert(message);
+    write(stderr, message + QStringLiteral("\n"));
+}
+
 int CliApplication::run(const QStringList& arguments) {
     const QString command = arguments.value(1);
     const QStringList rest = QStringList{arguments.value(0)} + arguments.mid(2);
@@ -277,7 +307,10 @@ int CliApplication::rewrite(const QStringList& arguments) {
     }
 
     // The preset first: a wrong name should not cost the user their typing.
-    PresetStore& store = services().presets();
+    PresetStore* const presets = readPresets();
+    if (!presets)
+        return otherFailure;
+    PresetStore& store = *presets;
     std::optional<Preset> preset;
     if (command.parser.isSet(presetOption)) {
         auto found = findPreset(store, command.parser.value(presetOption));
@@ -378,7 +411,10 @@ int CliApplication::presets(const QStringList& arguments) {
         return *code;
     const QStringList words = command.parser.positionalArguments();
     const QString action = words.value(0);
-    PresetStore& store = services().presets();
+    PresetStore* const presets = readPresets();
+    if (!presets)
+        return otherFailure;
+    PresetStore& store = *presets;
 
     if (action.isEmpty()) {
         const auto active = store.activePreset();
@@ -404,6 +440,8 @@ int CliApplication::presets(const QStringList& arguments) {
             return usageError;
         }
         store.activate(preset->id);
+        if (!saved(store))
+            return otherFailure;
         write(stdout, QStringLiteral("Active preset: %1\n").arg(preset->name));
         return success;
     }
@@ -445,6 +483,8 @@ int CliApplication::presets(const QStringList& arguments) {
             preset->customBaseURL = trimmedWhitespaceAndNewlines(url);
         }
         store.update(*preset);
+        if (!saved(store))
+            return otherFailure;
         write(stdout, QStringLiteral("Updated %1.\n").arg(preset->name));
         return success;
     }
@@ -512,6 +552,8 @@ int CliApplication::presets(const QStringList& arguments) {
                               imported.error().message() + QStringLiteral("\n"));
             return otherFailure;
         }
+        if (!saved(store))
+            return otherFailure;
         PresetTransferNotifier::instance().postDidImport(imported->affectedIDs);
         write(stdout, QStringLiteral("Imported %1: %2 added, %3 replaced.\n")
                           .arg(presetCount(imported->added + imported->replaced))
@@ -539,7 +581,7 @@ int CliApplication::presets(const QStringList& arguments) {
                 continue;
             CommandLineTransferUI ui;
             PresetTransfer::addShippedPack(store, pack, ui);
-            if (ui.failed)
+            if (ui.failed || !saved(store))
                 return otherFailure;
             write(stdout, QStringLiteral("Added %1 from %2.\n")
                               .arg(presetCount(pack.presets.size()), *pack.name));
@@ -681,8 +723,11 @@ int CliApplication::status(const QStringList& arguments) {
                           QString());
     if (const auto code = command.parse(arguments))
         return *code;
+    PresetStore* const presets = readPresets();
+    if (!presets)
+        return otherFailure;
     RewriteCoordinator& coordinator = services().coordinator();
-    const std::optional<Preset> preset = services().presets().activePreset();
+    const std::optional<Preset> preset = presets->activePreset();
     const auto line = await(coordinator.readinessLine(preset));
     const auto reason = await(coordinator.unavailableReason(preset));
     write(stdout, line.value_or(QString()) + QStringLiteral("\n"));

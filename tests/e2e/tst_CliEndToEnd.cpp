@@ -1,4 +1,6 @@
 #include "core/presets/PresetPackDocument.h"
+#include "core/presets/PresetStore.h"
+#include "platform/linux/QSettingsStore.h"
 #include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
 
@@ -35,6 +37,9 @@ private Q_SLOTS:
     void keyPromptRestoresTheTerminalWhenInterrupted();
     void problemsNameTheirCause_data();
     void problemsNameTheirCause();
+    void damagedPresetsAreCopiedAndToldUntilSaved();
+    void unusableSettingsFailTheCommand_data();
+    void unusableSettingsFailTheCommand();
 
 private:
     ProcessRun cli(const QStringList& arguments, const QByteArray& input = {}) {
@@ -360,6 +365,77 @@ void CliEndToEndTest::problemsNameTheirCause() {
     QCOMPARE(run.exitCode, exitCode);
     QVERIFY2((run.out + run.err).contains(said), run.out + run.err);
     QVERIFY(!run.out.contains("help-all"));
+}
+
+void CliEndToEndTest::damagedPresetsAreCopiedAndToldUntilSaved() {
+    QCOMPARE(cli({"presets"}).exitCode, 0); // the built-ins, stored
+    const QString folder = m_home->filePath(QStringLiteral("config/Scrivel"));
+    QByteArray damaged;
+    {
+        QSettingsStore settings(folder + QStringLiteral("/Scrivel.conf"));
+        damaged = settings.data(PresetStore::presetsKey()).value_or(QByteArray());
+        damaged.replace("\"name\":\"Make Concise\"", "\"name\":false");
+        QVERIFY(settings.setData(PresetStore::presetsKey(), damaged));
+    }
+    const auto copies = [&] {
+        return QDir(folder).entryList({QStringLiteral("presets-backup-*.json")}, QDir::Files);
+    };
+
+    // Every command that reads the presets says it, in one line naming the
+    // one copy, until the list is saved again.
+    for (const QStringList& arguments : {QStringList{"presets"}, QStringList{"status"},
+                                         QStringList{"presets", "use", "Improve Prompt"}}) {
+        const ProcessRun run = cli(arguments);
+        QVERIFY2(copies().size() == 1, qPrintable(copies().join(u' ')));
+        QCOMPARE(run.err.left(run.err.indexOf('\n') + 1),
+                 "Scrivel could read only 2 of your 3 stored presets. The stored presets were "
+                 "copied, unchanged, to " +
+                     QFile::encodeName(folder + u'/' + copies().value(0)) + ".\n");
+    }
+    QFile copy(folder + u'/' + copies().value(0));
+    QVERIFY(copy.open(QIODevice::ReadOnly));
+    QCOMPARE(copy.readAll(), damaged);
+    const ProcessRun listed = cli({"presets"});
+    QCOMPARE(listed.exitCode, 0);
+    QVERIFY(listed.out.startsWith("  Fix\t") && listed.out.contains("* Improve Prompt\t"));
+
+    QCOMPARE(cli({"presets", "edit", "Fix", "--model", "m"}).exitCode, 0);
+    QCOMPARE(cli({"presets"}).err, QByteArray());
+}
+
+void CliEndToEndTest::unusableSettingsFailTheCommand_data() {
+    QTest::addColumn<bool>("settingsFileIsAFolder"); // else the folder is a file
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("said");
+    const QByteArray unsaved =
+        "Scrivel couldn’t save your settings to HOME/config/Scrivel/Scrivel.conf.\n";
+    const QByteArray unread =
+        "Scrivel couldn’t read your settings from HOME/config/Scrivel/Scrivel.conf.\n";
+    QTest::newRow("use, where the folder is a file")
+        << false << QStringList{"presets", "use", "Fix"} << unsaved;
+    QTest::newRow("add a pack, where the folder is a file")
+        << false << QStringList{"presets", "add-pack", "Translation"} << unsaved;
+    QTest::newRow("list, where the file is a folder") << true << QStringList{"presets"} << unread;
+    QTest::newRow("status, where the file is a folder") << true << QStringList{"status"} << unread;
+    QTest::newRow("rewrite, where the file is a folder")
+        << true << QStringList{"rewrite", "--preset", "Fix"} << unread;
+}
+
+void CliEndToEndTest::unusableSettingsFailTheCommand() {
+    QFETCH(bool, settingsFileIsAFolder);
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, said);
+    const QString folder = m_home->filePath(QStringLiteral("config/Scrivel"));
+    if (settingsFileIsAFolder)
+        QVERIFY(QDir().mkpath(folder + QStringLiteral("/Scrivel.conf")));
+    else
+        QVERIFY(QDir().mkpath(m_home->filePath(QStringLiteral("config"))) &&
+                !file(QStringLiteral("config/Scrivel"), "").isEmpty());
+
+    const ProcessRun run = cli(arguments, "text");
+    QCOMPARE(run.exitCode, 1);
+    QCOMPARE(run.out, QByteArray()); // nothing reported as done
+    QVERIFY2(run.err.endsWith(said.replace("HOME", QFile::encodeName(m_home->path()))), run.err);
 }
 
 QTEST_GUILESS_MAIN(CliEndToEndTest)
