@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/StorageAlerts.h"
 #include "core/desktop/Clipboard.h"
 #include "core/desktop/WakeObserver.h"
 #include "core/windows/ConventionalWindowCoordinator.h"
@@ -59,10 +60,13 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::launch() {
+    // What loading found is taken before seeding, which may write the list.
+    const std::optional<PresetStoreProblem> presetProblem = m_services.presets().loadProblem();
     const bool onDeviceAvailable = m_services.onDeviceModel().availability().isAvailable();
     m_services.presets().seedIfEmpty(onDeviceAvailable);
     createFixPanel();
     createStatusItem();
+    createStorageAlerts(presetProblem);
     // Linux has no update framework: this makes no controller even in a
     // build configured for updates.
     m_updater.startIfConfigured();
@@ -116,6 +120,31 @@ void AppDelegate::createStatusItem() {
     // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
     // its tooltip to no one else.
     m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());
+}
+
+void AppDelegate::createStorageAlerts(const std::optional<PresetStoreProblem>& presetProblem) {
+    m_storageAlerts = std::make_unique<StorageAlerts>(m_services.settings());
+    m_storageAlerts->watchSettings();
+    if (!presetProblem)
+        return;
+    m_storageAlerts->holdPresetNotice(*presetProblem, m_statusItem->model());
+    // The first window shown carries the alert. Over the panel, the alert
+    // takes the focus and the panel steps aside as it does for any window;
+    // it comes back once the alert is closed.
+    QPointer<AppDelegate> self(this);
+    connect(m_fixPanel.get(), &FixPanelController::panelShown, m_storageAlerts.get(), [self] {
+        if (!self || !self->m_storageAlerts->hasPresetNotice())
+            return;
+        self->m_storageAlerts->showPresetNotice(nullptr, [self] {
+            if (self && !self->m_fixPanel->isPanelVisible())
+                self->m_fixPanel->presentCentered(std::nullopt);
+        });
+    });
+    connect(m_mainWindow.get(), &MainWindowController::windowShown, m_storageAlerts.get(),
+            [self](QWidget* window) {
+                if (self)
+                    self->m_storageAlerts->showPresetNotice(window);
+            });
 }
 
 SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {

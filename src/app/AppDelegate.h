@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/presets/PresetStoreProblem.h"
 #include "core/settings/UpdaterController.h"
 #include "core/shortcuts/HotKeyController.h"
 #include "core/shortcuts/KeyboardShortcuts.h"
@@ -21,6 +22,7 @@ class HotKeyService;
 class LinuxServices;
 class LoginItemService;
 class StatusItemController;
+class StorageAlerts;
 class WakeObserver;
 
 // Creates and owns the desktop app's long-lived pieces and runs the launch
@@ -46,6 +48,7 @@ public:
     // closed, its settings page comes from setSettingsPage().
     MainWindowController& mainWindow() const { return *m_mainWindow; }
     StatusItemController* statusItem() const { return m_statusItem.get(); }
+    StorageAlerts* storageAlerts() const { return m_storageAlerts.get(); }
     UpdaterController& updater() { return m_updater; }
     // The global shortcuts: the tray's "Open Panel" item binds to it and
     // disables it while its menu is open; the settings page records into it.
@@ -81,6 +84,7 @@ private:
     void attachGlobalShortcut();
     void observeWake();
     void showPanelAtFirstLaunch();
+    void createStorageAlerts(const std::optional<PresetStoreProblem>& presetProblem);
     void openMainWindow(bool selectSettings);
 
     LinuxServices& m_services;
@@ -96,6 +100,7 @@ private:
     std::unique_ptr<StatusItemController> m_statusItem;
     std::unique_ptr<DBusStatusItemExport> m_statusItemExport;
     std::unique_ptr<HotKeyController> m_hotKey;
+    std::unique_ptr<StorageAlerts> m_storageAlerts;
     std::function<void(bool)> m_openMainWindow;
     std::unique_ptr<MainWindowController> m_mainWindow;
 };

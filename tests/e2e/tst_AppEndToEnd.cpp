@@ -1,3 +1,5 @@
+#include "core/presets/PresetStore.h"
+#include "platform/linux/QSettingsStore.h"
 #include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
 
@@ -9,6 +11,7 @@
 #include <QtTest>
 
 using namespace scrivel;
+using namespace Qt::StringLiterals;
 using test::ScriptedHttpServer;
 using test::xdotool;
 
@@ -26,6 +29,8 @@ private Q_SLOTS:
     void secondStartLeavesOneInstance();
     void noDisplayIsOneClearLine();
     void aDayWithTheTray();
+    void damagedPresetsAreToldWhenAWindowFirstShows();
+    void unwritableSettingsAreOneAlert();
 
 private:
     void startApp();
@@ -44,6 +49,9 @@ private:
     // Whether a visible "Scrivel" window is at least as wide as the main
     // window's minimum (the panel is narrower).
     bool mainWindowVisible();
+    // Whether an alert (a "Scrivel" window narrower than the main window) is
+    // visible.
+    bool alertVisible();
     // The tray item's state as the app publishes it on the session bus.
     QString trayProperty(const char* name);
     // Opens the tray menu and walks it with the keyboard.
@@ -106,6 +114,13 @@ void AppEndToEndTest::typeAndSend(const QString& text) {
 bool AppEndToEndTest::mainWindowVisible() {
     const auto windows = test::visibleWindows({"--name", "^Scrivel$"});
     return std::ranges::any_of(windows, [](const auto& w) { return w.geometry.width() >= 720; });
+}
+
+bool AppEndToEndTest::alertVisible() {
+    const auto windows = test::visibleWindows({"--name", "^Scrivel$"});
+    return std::ranges::any_of(windows, [](const auto& w) {
+        return w.geometry.width() >= 200 && w.geometry.width() < 720;
+    });
 }
 
 QString AppEndToEndTest::trayProperty(const char* name) {
@@ -243,6 +258,61 @@ void AppEndToEndTest::aDayWithTheTray() {
     QVERIFY(QTest::qWaitFor([this] { return m_app->state() == QProcess::NotRunning; }, 5000));
     QCOMPARE(m_app->exitStatus(), QProcess::NormalExit);
     QCOMPARE(m_app->exitCode(), 0);
+}
+
+void AppEndToEndTest::damagedPresetsAreToldWhenAWindowFirstShows() {
+    QCOMPARE(run(SCRIVEL_CLI_PATH, {"presets"}).exitCode, 0);
+    {
+        QSettingsStore settings(m_home->filePath(QStringLiteral("config/Scrivel/Scrivel.conf")));
+        QByteArray list = settings.data(PresetStore::presetsKey()).value_or(QByteArray());
+        list.replace("\"name\":\"Make Concise\"", "\"name\":7");
+        QVERIFY(settings.setData(PresetStore::presetsKey(), list));
+        QVERIFY(settings.setBoolean(QStringLiteral("scrivel.panel.has-seen"), true));
+    }
+    startApp();
+    // The tray says it until a window has shown the alert.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        trayProperty("StatusLine")
+            .startsWith(u"Status: Presets couldn’t be read: copy in presets-backup-"_s),
+        10000);
+    QTest::qWait(500);
+    QVERIFY(!alertVisible());
+
+    QCOMPARE(run(SCRIVEL_APP_PATH, {"--toggle"}).exitCode, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(alertVisible(), 5000);
+    xdotool({"key", "Return"});
+    // Closed, the panel it stood in front of comes back, and the notice is
+    // gone from the tray.
+    QTRY_VERIFY_WITH_TIMEOUT(!visiblePanel().isEmpty(), 5000);
+    QVERIFY(!alertVisible());
+    QVERIFY(!trayProperty("StatusLine").contains(u"presets-backup"_s));
+
+    // Told once: neither the panel nor the main window shows it again.
+    QCOMPARE(run(SCRIVEL_APP_PATH, {"--toggle"}).exitCode, 0);
+    QTRY_VERIFY(visiblePanel().isEmpty());
+    QCOMPARE(run(SCRIVEL_APP_PATH, {}).exitCode, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
+    QTest::qWait(500);
+    QVERIFY(!alertVisible());
+}
+
+void AppEndToEndTest::unwritableSettingsAreOneAlert() {
+    // A file where the settings folder belongs: every write of the launch
+    // (the shortcut, the built-in presets, the first-launch flag) fails.
+    QVERIFY(QDir().mkpath(m_home->filePath(QStringLiteral("config"))));
+    QFile blocker(m_home->filePath(QStringLiteral("config/Scrivel")));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    startApp();
+    QTRY_VERIFY_WITH_TIMEOUT(alertVisible(), 10000);
+    QTest::qWait(500);
+    QCOMPARE(test::visibleWindows({"--name", "^Scrivel$"}).size(), 1);
+    xdotool({"key", "Return"});
+    QTRY_VERIFY(!alertVisible());
+    // The presets are held in memory: the app runs on.
+    QCOMPARE(run(SCRIVEL_APP_PATH, {"--toggle"}).exitCode, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(!visiblePanel().isEmpty(), 5000);
+    QCOMPARE(m_app->state(), QProcess::Running);
 }
 
 QTEST_GUILESS_MAIN(AppEndToEndTest)

@@ -142,6 +142,13 @@ void StatusItemModel::refreshReadiness() {
     });
 }
 
+void StatusItemModel::setNotice(const QString& notice) {
+    if (notice == m_notice)
+        return;
+    m_notice = notice;
+    Q_EMIT menuChanged();
+}
+
 void StatusItemModel::menuWillOpen() {
     m_isMenuOpen = true;
     if (m_actions.setShortcutEnabled)

@@ -64,7 +64,8 @@ public:
     Look look() const { return m_look; }
     const QString& toolTip() const { return m_toolTip; }
     const QString& accessibleValue() const { return m_accessibleValue; }
-    const QString& statusLine() const { return m_statusLine; }
+    // The notice while there is one, otherwise the run's or readiness's line.
+    const QString& statusLine() const { return m_notice.isEmpty() ? m_statusLine : m_notice; }
     bool isWorking() const { return m_isWorking; }
     bool isMenuOpen() const { return m_isMenuOpen; }
     bool hasPendingPresentation() const { return bool(m_pendingPresentation); }
@@ -76,6 +77,10 @@ public:
     void applyState(const OperationUIState& state);
     // Reads the status line and the active preset's readiness again.
     void refreshReadiness();
+    // Puts a notice in the status line, in front of every run state and
+    // readiness line, until it is cleared with an empty one: a problem the
+    // user has not seen in a window yet.
+    void setNotice(const QString& notice);
 
     void menuWillOpen();
     void menuDidClose();
@@ -107,6 +112,7 @@ private:
     QString m_toolTip;
     QString m_accessibleValue;
     QString m_statusLine;
+    QString m_notice;
     bool m_isWorking = false;
     bool m_isMenuOpen = false;
     std::function<void()> m_pendingPresentation;
