@@ -199,7 +199,8 @@ void AppEndToEndTest::aDayWithTheTray() {
         if (++calls > 1)
             return ScriptedHttpServer::status(500);
         return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat ") +
-                                                   ScriptedHttpServer::dataLine("sat."),
+                                                   ScriptedHttpServer::dataLine("sat.") +
+                                                   ScriptedHttpServer::doneLine(),
                                                true, 16, 30);
     });
     startApp();

@@ -79,12 +79,14 @@ void CliEndToEndTest::rewrites_data() {
     QTest::addColumn<QByteArray>("out");
     QTest::addColumn<QByteArray>("err");
     const auto stream = [](const QString& text) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine(text), false);
+        return ScriptedHttpServer::eventStream(
+            ScriptedHttpServer::dataLine(text) + ScriptedHttpServer::doneLine(), false);
     };
     // Piped: only the final text, though it arrives in pieces.
     QTest::newRow("streamed") << ScriptedHttpServer::eventStream(
                                      ScriptedHttpServer::dataLine("The cat ") +
-                                         ScriptedHttpServer::dataLine("sat."),
+                                         ScriptedHttpServer::dataLine("sat.") +
+                                         ScriptedHttpServer::doneLine(),
                                      true, 11, 5)
                               << QStringList{"rewrite"} << QByteArray("teh cat sat\n") << 0
                               << QByteArray("The cat sat.\n") << QByteArray();
@@ -103,6 +105,19 @@ void CliEndToEndTest::rewrites_data() {
         << QByteArray("text") << 3 << QByteArray()
         << QByteArray("Connect this preset to a provider in Presets\n"
                       "Save a key with: scrivel-cli key set groq\n");
+    // Replies that cannot be trusted are provider failures: nothing on
+    // standard output.
+    QTest::newRow("reply cut off")
+        << ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat"), false)
+        << QStringList{"rewrite"} << QByteArray("teh cat sat") << 4 << QByteArray()
+        << QByteArray("The connection closed before the reply was complete. Try again.\n");
+    QTest::newRow("reply not UTF-8")
+        << ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat") +
+                                               "data: \xff\n\n" + ScriptedHttpServer::doneLine(),
+                                           false)
+        << QStringList{"rewrite"} << QByteArray("teh cat sat") << 4 << QByteArray()
+        << QByteArray("The provider\xe2\x80\x99s reply contained text that isn\xe2\x80\x99t "
+                      "valid UTF-8. Try again.\n");
     // The result is printed; the failed copy is only a warning.
     QTest::newRow("copy without a display")
         << stream("Done.") << QStringList{"rewrite", "--copy", "NODISPLAY"} << QByteArray("don")
@@ -206,7 +221,8 @@ void CliEndToEndTest::copyLeavesTheResultOnTheClipboard() {
         QSKIP("needs xclip (installed by scripts/install-deps)");
     addLocalPreset();
     m_server->setHandler([](const auto&) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Copied text."), false);
+        return ScriptedHttpServer::eventStream(
+            ScriptedHttpServer::dataLine("Copied text.") + ScriptedHttpServer::doneLine(), false);
     });
     const ProcessRun run = cli({"rewrite", "--copy"}, "copid text");
     QCOMPARE(run.exitCode, 0);
