@@ -1,4 +1,5 @@
 #include "core/presets/PresetPackDocument.h"
+#include "support/PrivateKeyring.h"
 #include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
 
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void keyPromptRestoresTheTerminalWhenInterrupted();
     void problemsNameTheirCause_data();
     void problemsNameTheirCause();
+    void aLockedKeyringIsNeverNoKey();
 
 private:
     ProcessRun cli(const QStringList& arguments, const QByteArray& input = {}) {
@@ -376,6 +378,39 @@ void CliEndToEndTest::problemsNameTheirCause() {
     QCOMPARE(run.exitCode, exitCode);
     QVERIFY2((run.out + run.err).contains(said), run.out + run.err);
     QVERIFY(!run.out.contains("help-all"));
+}
+
+void CliEndToEndTest::aLockedKeyringIsNeverNoKey() {
+    test::PrivateKeyring keyring;
+    const QString problem = keyring.start();
+    if (problem.startsWith(QLatin1String("needs")))
+        QSKIP(qPrintable(problem));
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    m_env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), keyring.busAddress());
+    m_env.remove(QStringLiteral("SCRIVEL_SECRET_STORE"));
+    addLocalPreset();
+    const QString url = m_server->url(QStringLiteral("/v1")).toString();
+    m_server->setHandler([](const auto&) { return ScriptedHttpServer::status(401); });
+    QCOMPARE(cli({"key", "set", "custom", "--base-url", url}, "sk-local").exitCode, 0);
+    QCOMPARE(cli({"key", "set", "groq"}, "gsk-remote").exitCode, 0);
+    QVERIFY(keyring.lockDefaultCollection());
+
+    // Each names the key store, exits 1 and sends nothing: the local
+    // server takes a key, but is never asked without it.
+    const QByteArray keychain = "Couldn\xe2\x80\x99t access the API key in Keychain";
+    const QList<QStringList> commands = {{"key", "status", "groq"},
+                                         {"status"},
+                                         {"rewrite"},
+                                         {"rewrite", "--preset", "Make Concise"},
+                                         {"models", "custom", "--base-url", url}};
+    for (const QStringList& command : commands) {
+        const ProcessRun run = cli(command, "teh cat");
+        QVERIFY2(run.err.startsWith(keychain), qPrintable(command.join(' ') + ": " + run.err));
+        QVERIFY2(run.err.contains("running and unlocked"), run.err);
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(!run.out.contains("no key"));
+    }
+    QCOMPARE(m_server->requests().size(), 0);
 }
 
 QTEST_GUILESS_MAIN(CliEndToEndTest)

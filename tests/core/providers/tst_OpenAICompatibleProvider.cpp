@@ -305,7 +305,9 @@ void OpenAICompatibleProviderTest::streams() {
 void OpenAICompatibleProviderTest::requestsCarryTheKey_data() {
     QTest::addColumn<QString>("endpointID");
     QTest::addColumn<bool>("required");
-    QTest::addColumn<QString>("stored"); // under the "current" or the "legacy" account
+    // Under the "current" or the "legacy" account, or "unreadable": stored,
+    // but the key store cannot read it (a locked keyring).
+    QTest::addColumn<QString>("stored");
     QTest::addColumn<QString>("call");
     // The second of two requests, each answered with a cookie: "<method>
     // <path> | <authorization> | <x-api-key> | <anthropic-version> | <cookie>";
@@ -325,6 +327,9 @@ void OpenAICompatibleProviderTest::requestsCarryTheKey_data() {
     row("stream, anthropic", "anthropic", true, "current", "stream",
         "POST /v1/chat/completions | Bearer sk | sk | 2023-06-01 | -");
     row("stream, required key absent", "custom", true, "", "stream", "none");
+    // A key that cannot be read is not "no key": nothing goes out without it.
+    row("stream, optional key unreadable", "custom", false, "unreadable", "stream", "none");
+    row("model list, optional key unreadable", "custom", false, "unreadable", "models", "none");
     row("model list, stored key", "custom", true, "current", "models",
         "GET /v1/models | Bearer sk | - | - | -");
     row("model list, required key absent", "custom", true, "", "models", "none");
@@ -343,6 +348,13 @@ void OpenAICompatibleProviderTest::requestsCarryTheKey() {
                                                               : credentialAccount(target);
     if (!stored.isEmpty())
         QVERIFY(test::waitFor(m_keys->saveKey(QStringLiteral("sk"), account))->has_value());
+    const bool unreadable = stored == QLatin1String("unreadable");
+    if (unreadable) {
+        m_modern->readFailure = -25315;
+        // A new process: nothing remembered from the save.
+        m_keys = std::make_unique<APIKeyStore>(*m_modern, *m_legacy,
+                                               [] { return Future<bool>::ready(true); });
+    }
     OpenAICompatibleProvider provider(target, *m_keys);
     const bool sent = request != QLatin1String("none");
     const QString text = QStringLiteral("caf\u00e9");
@@ -353,10 +365,14 @@ void OpenAICompatibleProviderTest::requestsCarryTheKey() {
     serve(answer);
     for (int time = 0; time < 2; ++time) {
         if (call == QLatin1String("stream"))
-            QCOMPARE(run(provider, text).outcome(), sent ? "ok" : "key missing");
+            QCOMPARE(run(provider, text).outcome(), sent         ? "ok"
+                                                    : unreadable ? "unavailable"
+                                                                 : "key missing");
         else
             QCOMPARE(rendered(test::waitFor(provider.fetchModels(EndpointCredential::stored()))),
-                     sent ? "m1" : "missingCredential");
+                     sent         ? "m1"
+                     : unreadable ? "keychain"
+                                  : "missingCredential");
     }
     QTest::qWait(20);
     QString seen = QStringLiteral("none");
