@@ -50,8 +50,9 @@ QByteArray makeResponse(qsizetype replyBytes, int events, qsizetype* bodyBytes) 
     response.reserve(response.size() + chunk.size() * events + 8);
     for (int i = 0; i < events; ++i)
         response += chunk;
-    response += "0\r\n\r\n";
-    *bodyBytes = line.size() * events;
+    const QByteArray done = "data: [DONE]\n\n";
+    response += QByteArray::number(done.size(), 16) + "\r\n" + done + "\r\n0\r\n\r\n";
+    *bodyBytes = line.size() * events + done.size();
     return response;
 }
 

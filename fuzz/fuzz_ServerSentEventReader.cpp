@@ -30,7 +30,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (reader.exceededLimit() != reference.exceeded || texts != reference.texts ||
         (reader.state() == scrivel::ServerSentEventReader::State::serverError) !=
             reference.serverError ||
-        reader.finishReason() != reference.finishReason)
+        (reader.state() == scrivel::ServerSentEventReader::State::invalidText) !=
+            reference.invalidText ||
+        reader.sawDone() != reference.sawDone || reader.finishReason() != reference.finishReason)
         std::abort();
     if (!reference.exceeded && reader.reply().view() != QStringView(reference.reply))
         std::abort();

@@ -107,10 +107,17 @@ struct CommandParser {
     }
 };
 
+// A key store that could not be read says nothing about the preset: that is
+// no "no key".
+int exitCodeFor(const UnavailableReason& reason) {
+    return reason.kind() == UnavailableReason::Kind::keychainError ? otherFailure
+                                                                   : presetNotRunnable;
+}
+
 int exitCodeFor(const RewriteError& error) {
     switch (error.kind()) {
     case RewriteError::Kind::modelUnavailable:
-        return presetNotRunnable;
+        return error.reason() ? exitCodeFor(*error.reason()) : presetNotRunnable;
     case RewriteError::Kind::emptyInput:
         return usageError;
     case RewriteError::Kind::cancelled:
@@ -719,7 +726,8 @@ int CliApplication::models(const QStringList& arguments) {
 int CliApplication::status(const QStringList& arguments) {
     CommandParser command(QStringLiteral("status"),
                           QStringLiteral("Shows whether the active preset can run. Exits with 3 "
-                                         "when it cannot."),
+                                         "when it cannot, and with 1 when its key could not be "
+                                         "read from the key store."),
                           QString());
     if (const auto code = command.parse(arguments))
         return *code;
@@ -734,7 +742,7 @@ int CliApplication::status(const QStringList& arguments) {
     if (!reason || !*reason)
         return success;
     writeProblem((*reason)->message(), Hints::forReason(**reason, preset));
-    return presetNotRunnable;
+    return exitCodeFor(**reason);
 }
 
 } // namespace scrivel::cli

@@ -1,6 +1,7 @@
 #include "core/presets/PresetPackDocument.h"
 #include "core/presets/PresetStore.h"
 #include "platform/linux/QSettingsStore.h"
+#include "support/PrivateKeyring.h"
 #include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
 
@@ -40,6 +41,7 @@ private Q_SLOTS:
     void damagedPresetsAreCopiedAndToldUntilSaved();
     void unusableSettingsFailTheCommand_data();
     void unusableSettingsFailTheCommand();
+    void aLockedKeyringIsNeverNoKey();
 
 private:
     ProcessRun cli(const QStringList& arguments, const QByteArray& input = {}) {
@@ -84,12 +86,14 @@ void CliEndToEndTest::rewrites_data() {
     QTest::addColumn<QByteArray>("out");
     QTest::addColumn<QByteArray>("err");
     const auto stream = [](const QString& text) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine(text), false);
+        return ScriptedHttpServer::eventStream(
+            ScriptedHttpServer::dataLine(text) + ScriptedHttpServer::doneLine(), false);
     };
     // Piped: only the final text, though it arrives in pieces.
     QTest::newRow("streamed") << ScriptedHttpServer::eventStream(
                                      ScriptedHttpServer::dataLine("The cat ") +
-                                         ScriptedHttpServer::dataLine("sat."),
+                                         ScriptedHttpServer::dataLine("sat.") +
+                                         ScriptedHttpServer::doneLine(),
                                      true, 11, 5)
                               << QStringList{"rewrite"} << QByteArray("teh cat sat\n") << 0
                               << QByteArray("The cat sat.\n") << QByteArray();
@@ -108,6 +112,19 @@ void CliEndToEndTest::rewrites_data() {
         << QByteArray("text") << 3 << QByteArray()
         << QByteArray("Connect this preset to a provider in Presets\n"
                       "Save a key with: scrivel-cli key set groq\n");
+    // Replies that cannot be trusted are provider failures: nothing on
+    // standard output.
+    QTest::newRow("reply cut off")
+        << ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat"), false)
+        << QStringList{"rewrite"} << QByteArray("teh cat sat") << 4 << QByteArray()
+        << QByteArray("The connection closed before the reply was complete. Try again.\n");
+    QTest::newRow("reply not UTF-8")
+        << ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("The cat") +
+                                               "data: \xff\n\n" + ScriptedHttpServer::doneLine(),
+                                           false)
+        << QStringList{"rewrite"} << QByteArray("teh cat sat") << 4 << QByteArray()
+        << QByteArray("The provider\xe2\x80\x99s reply contained text that isn\xe2\x80\x99t "
+                      "valid UTF-8. Try again.\n");
     // The result is printed; the failed copy is only a warning.
     QTest::newRow("copy without a display")
         << stream("Done.") << QStringList{"rewrite", "--copy", "NODISPLAY"} << QByteArray("don")
@@ -211,7 +228,8 @@ void CliEndToEndTest::copyLeavesTheResultOnTheClipboard() {
         QSKIP("needs xclip (installed by scripts/install-deps)");
     addLocalPreset();
     m_server->setHandler([](const auto&) {
-        return ScriptedHttpServer::eventStream(ScriptedHttpServer::dataLine("Copied text."), false);
+        return ScriptedHttpServer::eventStream(
+            ScriptedHttpServer::dataLine("Copied text.") + ScriptedHttpServer::doneLine(), false);
     });
     const ProcessRun run = cli({"rewrite", "--copy"}, "copid text");
     QCOMPARE(run.exitCode, 0);
@@ -436,6 +454,39 @@ void CliEndToEndTest::unusableSettingsFailTheCommand() {
     QCOMPARE(run.exitCode, 1);
     QCOMPARE(run.out, QByteArray()); // nothing reported as done
     QVERIFY2(run.err.endsWith(said.replace("HOME", QFile::encodeName(m_home->path()))), run.err);
+}
+
+void CliEndToEndTest::aLockedKeyringIsNeverNoKey() {
+    test::PrivateKeyring keyring;
+    const QString problem = keyring.start();
+    if (problem.startsWith(QLatin1String("needs")))
+        QSKIP(qPrintable(problem));
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    m_env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), keyring.busAddress());
+    m_env.remove(QStringLiteral("SCRIVEL_SECRET_STORE"));
+    addLocalPreset();
+    const QString url = m_server->url(QStringLiteral("/v1")).toString();
+    m_server->setHandler([](const auto&) { return ScriptedHttpServer::status(401); });
+    QCOMPARE(cli({"key", "set", "custom", "--base-url", url}, "sk-local").exitCode, 0);
+    QCOMPARE(cli({"key", "set", "groq"}, "gsk-remote").exitCode, 0);
+    QVERIFY(keyring.lockDefaultCollection());
+
+    // Each names the key store, exits 1 and sends nothing: the local
+    // server takes a key, but is never asked without it.
+    const QByteArray keychain = "Couldn\xe2\x80\x99t access the API key in Keychain";
+    const QList<QStringList> commands = {{"key", "status", "groq"},
+                                         {"status"},
+                                         {"rewrite"},
+                                         {"rewrite", "--preset", "Make Concise"},
+                                         {"models", "custom", "--base-url", url}};
+    for (const QStringList& command : commands) {
+        const ProcessRun run = cli(command, "teh cat");
+        QVERIFY2(run.err.startsWith(keychain), qPrintable(command.join(' ') + ": " + run.err));
+        QVERIFY2(run.err.contains("running and unlocked"), run.err);
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(!run.out.contains("no key"));
+    }
+    QCOMPARE(m_server->requests().size(), 0);
 }
 
 QTEST_GUILESS_MAIN(CliEndToEndTest)

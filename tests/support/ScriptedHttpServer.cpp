@@ -119,4 +119,8 @@ QByteArray ScriptedHttpServer::dataLine(const QString& text, const QByteArray& l
            "}}]}" + lineEnd + lineEnd;
 }
 
+QByteArray ScriptedHttpServer::doneLine(const QByteArray& lineEnd) {
+    return "data: [DONE]" + lineEnd + lineEnd;
+}
+
 } // namespace scrivel::test

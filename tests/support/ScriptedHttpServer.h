@@ -63,6 +63,8 @@ public:
                                 int delayMs = 0);
     // "data: {...delta content...}\n\n" for one piece of text.
     static QByteArray dataLine(const QString& text, const QByteArray& lineEnd = "\n");
+    // "data: [DONE]\n\n": the end of a whole reply.
+    static QByteArray doneLine(const QByteArray& lineEnd = "\n");
 
 private:
     void readFrom(QTcpSocket* socket);

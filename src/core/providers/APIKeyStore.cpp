@@ -37,6 +37,11 @@ void logLegacyCleanupFailure(int status) {
         << QStringLiteral("legacy key cleanup failed status=%1").arg(status);
 }
 
+void logMoveFailure(const KeychainError& error) {
+    qCWarning(rewriteLog).noquote()
+        << QStringLiteral("legacy key move failed %1").arg(error.logDescription());
+}
+
 } // namespace
 
 bool APIKeyStore::isStorableKey(const QString& trimmedKey) {
@@ -112,10 +117,44 @@ Future<KeyResult> APIKeyStore::readKey(const QString& account) {
     // The cache answers at once only when nothing on the account is pending:
     // a save or delete called earlier must take effect first.
     if (!m_queues.contains(account)) {
-        if (const auto it = m_sessionCache.constFind(account); it != m_sessionCache.constEnd())
-            return ready(KeyResult(*it));
+        if (const auto it = m_sessionCache.constFind(account); it != m_sessionCache.constEnd()) {
+            Future<KeyResult> cached = ready(KeyResult(*it));
+            retryMoveIfDue(account);
+            return cached;
+        }
     }
-    return enqueue<KeyResult>(account, true, [this, account] { return readNow(account); });
+    Future<KeyResult> read =
+        enqueue<KeyResult>(account, true, [this, account] { return readNow(account); });
+    retryMoveIfDue(account);
+    return read;
+}
+
+void APIKeyStore::retryMoveIfDue(const QString& account) {
+    const auto it = m_unmoved.find(account);
+    if (it == m_unmoved.end() || !it->hasExpired())
+        return;
+    // One try per interval, whatever becomes of it.
+    *it = QDeadlineTimer(m_moveRetryInterval);
+    enqueue<KeyResult>(account, false, [this, account] {
+        return retryMoveNow(account);
+    }).detach(this, [](KeyResult) {});
+}
+
+Future<KeyResult> APIKeyStore::retryMoveNow(const QString& account) {
+    // A save or delete since then has settled the account.
+    if (!m_unmoved.contains(account))
+        return ready(KeyResult(std::optional<QString>()));
+    return chainFuture(m_modernAvailable(), this, [this, account](bool modern) {
+        if (!modern)
+            return ready(KeyResult(std::optional<QString>()));
+        // The whole read again: a key that reached the modern store in the
+        // meantime wins over the legacy one.
+        return mapFuture(readModernFirst(account), this, [this, account](KeyResult result) {
+            if (result && *result)
+                m_sessionCache.insert(account, **result);
+            return result;
+        });
+    });
 }
 
 Future<KeyResult> APIKeyStore::readNow(const QString& account) {
@@ -139,6 +178,7 @@ Future<KeyResult> APIKeyStore::readModernFirst(const QString& account) {
             // The modern item wins; a leftover legacy copy goes. The legacy
             // store is a fallback, never a gate: a failure there (a damaged
             // key file) must not hide the key the modern store holds.
+            m_unmoved.remove(account);
             const QString key = **modern;
             return mapFuture(m_legacy.remove(account), this,
                              [key](SecretStore::WriteResult removed) -> KeyResult {
@@ -148,19 +188,24 @@ Future<KeyResult> APIKeyStore::readModernFirst(const QString& account) {
                              });
         }
         return chainFuture(readItem(m_legacy, account), this, [this, account](KeyResult legacy) {
+            if (legacy && !*legacy)
+                m_unmoved.remove(account);
             if (!legacy || !*legacy)
                 return ready(legacy);
             const QString key = **legacy;
-            // Already this account's turn: save directly, not through the queue.
-            return mapFuture(saveNow(key, account), this, [key](VoidResult saved) -> KeyResult {
-                if (!saved) {
-                    const KeychainError& error = saved.error();
-                    return std::unexpected(KeychainError::migrationFailed(
-                        error.hasStatus() ? error.status()
-                                          : KeychainError::migrationWithoutStatus));
-                }
-                return std::optional<QString>(key);
-            });
+            // Already this account's turn: save directly, not through the
+            // queue. The key has been read whatever becomes of the move; one
+            // that fails leaves it in the legacy store for a later try.
+            return mapFuture(saveNow(key, account), this,
+                             [this, key, account](VoidResult saved) -> KeyResult {
+                                 if (saved) {
+                                     m_unmoved.remove(account);
+                                 } else {
+                                     logMoveFailure(saved.error());
+                                     m_unmoved.insert(account, QDeadlineTimer(m_moveRetryInterval));
+                                 }
+                                 return std::optional<QString>(key);
+                             });
         });
     });
 }
@@ -183,9 +228,12 @@ Future<VoidResult> APIKeyStore::saveNow(const QString& trimmedKey, const QString
 
 Future<VoidResult> APIKeyStore::saveTrimmed(const QString& key, const QString& account,
                                             bool modern) {
-    auto remember = [this, key, account](VoidResult result) {
+    auto remember = [this, key, account, modern](VoidResult result) {
         if (result)
             m_sessionCache.insert(account, key);
+        // In the modern store, with the legacy copy gone or never read again.
+        if (result && modern)
+            m_unmoved.remove(account);
         return result;
     };
     SecretStore& target = modern ? m_modern : m_legacy;
@@ -221,8 +269,13 @@ Future<VoidResult> APIKeyStore::deleteKey(const QString& account) {
 Future<VoidResult> APIKeyStore::deleteNow(const QString& account) {
     // Gone from the cache whatever becomes of the removal.
     m_sessionCache.remove(account);
-    return chainFuture(m_modernAvailable(), this,
-                       [this, account](bool modern) { return deleteFrom(modern, account); });
+    return chainFuture(m_modernAvailable(), this, [this, account](bool modern) {
+        return mapFuture(deleteFrom(modern, account), this, [this, account](VoidResult result) {
+            if (result)
+                m_unmoved.remove(account);
+            return result;
+        });
+    });
 }
 
 Future<VoidResult> APIKeyStore::deleteFrom(bool modern, const QString& account) {

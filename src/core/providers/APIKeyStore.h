@@ -3,8 +3,10 @@
 #include "core/providers/APIKeyProviding.h"
 #include "core/storage/SecretStore.h"
 
+#include <QDeadlineTimer>
 #include <QHash>
 #include <QObject>
+#include <chrono>
 #include <deque>
 #include <functional>
 
@@ -14,6 +16,9 @@ namespace scrivel {
 // keys it has seen for the rest of the process. Two secret stores may exist:
 // the modern one (used when the system offers it) and a legacy one; keys
 // found only in the legacy store move to the modern store when first read.
+// A key that cannot be moved (the modern store refuses it) is still read:
+// it stays in the legacy store, and a later read tries the move again, at
+// most once per retry interval, while the key is answered from memory.
 //
 // The operations on one account take effect in the order they were called:
 // each waits until the account's previous one has ended, so a slow read can
@@ -36,6 +41,12 @@ public:
     // before each operation and is expected to remember its answer.
     APIKeyStore(SecretStore& modern, SecretStore& legacy,
                 std::function<Future<bool>()> modernAvailable, QObject* parent = nullptr);
+
+    // How long after a failed move of a legacy key the next read may try it
+    // again (each try may ask the user to unlock the modern store).
+    void setMoveRetryInterval(std::chrono::milliseconds interval) {
+        m_moveRetryInterval = interval;
+    }
 
     Future<KeyResult> readKey(const QString& account) override;
     // Fails with KeychainError::invalidKey, saving nothing, when the trimmed
@@ -62,12 +73,19 @@ private:
     Future<KeyResult> readModernFirst(const QString& account);
     Future<VoidResult> saveTrimmed(const QString& key, const QString& account, bool modern);
     Future<VoidResult> deleteFrom(bool modern, const QString& account);
+    // Queues another try at moving the account's legacy key, when one is due.
+    void retryMoveIfDue(const QString& account);
+    Future<KeyResult> retryMoveNow(const QString& account);
 
     SecretStore& m_modern;
     SecretStore& m_legacy;
     std::function<Future<bool>()> m_modernAvailable;
     QHash<QString, QString> m_sessionCache;
     QHash<QString, AccountQueue> m_queues;
+    // Accounts whose key is only in the legacy store because moving it
+    // failed, each with when the move may be tried again.
+    QHash<QString, QDeadlineTimer> m_unmoved;
+    std::chrono::milliseconds m_moveRetryInterval{std::chrono::minutes(10)};
 };
 
 } // namespace scrivel

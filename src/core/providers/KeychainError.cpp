@@ -14,8 +14,6 @@ QString KeychainError::logDescription() const {
         return QStringLiteral("saveFailed(%1)").arg(m_status);
     case Kind::deleteFailed:
         return QStringLiteral("deleteFailed(%1)").arg(m_status);
-    case Kind::migrationFailed:
-        return QStringLiteral("migrationFailed(%1)").arg(m_status);
     case Kind::invalidData:
         return QStringLiteral("invalidData");
     case Kind::invalidKey:

@@ -12,7 +12,6 @@ public:
         readFailed,
         saveFailed,
         deleteFailed,
-        migrationFailed,
         invalidData,
         invalidKey, // refused before saving: the key holds a control character
     };
@@ -21,7 +20,6 @@ public:
     static constexpr int success = 0;
     static constexpr int itemNotFound = -25300;
     static constexpr int duplicateItem = -25299;
-    static constexpr int migrationWithoutStatus = -26275;
     // The store's data cannot be read at all (a damaged key file): nothing in
     // it can be found, and nothing is written over it.
     static constexpr int unreadableStore = -25295;
@@ -29,7 +27,6 @@ public:
     static KeychainError readFailed(int status) { return {Kind::readFailed, status}; }
     static KeychainError saveFailed(int status) { return {Kind::saveFailed, status}; }
     static KeychainError deleteFailed(int status) { return {Kind::deleteFailed, status}; }
-    static KeychainError migrationFailed(int status) { return {Kind::migrationFailed, status}; }
     static KeychainError invalidData() { return {Kind::invalidData, 0}; }
     static KeychainError invalidKey() { return {Kind::invalidKey, 0}; }
 

@@ -106,6 +106,10 @@ private:
                 "OpenAICompatibleProvider", "The provider stopped with an error. Try again."))));
             return false;
         }
+        if (m_reader.state() == ServerSentEventReader::State::invalidText) {
+            failWith(ProviderConnectionFailure::of(Kind::unreadableReply));
+            return false;
+        }
         end(TransformFailure::rewrite(RewriteError::modelFailed(
             QCoreApplication::translate("ProviderConnectionFailure", "%1 response was too large")
                 .arg(m_provider.m_endpoint.displayName))));
@@ -136,6 +140,13 @@ private:
             end(TransformFailure::rewrite(RewriteError::modelFailed(QCoreApplication::translate(
                 "OpenAICompatibleProvider",
                 "The reply was cut short by the provider’s length limit. Try a shorter text."))));
+            return;
+        }
+        // Without "[DONE]" or a finish reason the body ended early: a proxy
+        // or the server closed the connection, and what came is only the
+        // start of the reply.
+        if (!m_reader.isComplete()) {
+            failWith(ProviderConnectionFailure::of(Kind::interruptedReply));
             return;
         }
         const QString reply =

@@ -42,6 +42,10 @@ QString ProviderConnectionFailure::message() const {
         return tr("The provider returned no models.");
     case Kind::responseTooLarge:
         return tr("The provider response was too large.");
+    case Kind::interruptedReply:
+        return tr("The connection closed before the reply was complete. Try again.");
+    case Kind::unreadableReply:
+        return tr("The provider’s reply contained text that isn’t valid UTF-8. Try again.");
     }
     return {};
 }
@@ -64,6 +68,8 @@ RewriteError ProviderConnectionFailure::rewriteError(const QString& displayName)
     case Kind::network:
     case Kind::invalidResponse:
     case Kind::emptyModels:
+    case Kind::interruptedReply:
+    case Kind::unreadableReply:
         return RewriteError::modelFailed(message());
     case Kind::responseTooLarge:
         return RewriteError::modelFailed(tr("%1 response was too large").arg(displayName));
@@ -72,10 +78,10 @@ RewriteError ProviderConnectionFailure::rewriteError(const QString& displayName)
 }
 
 QString ProviderConnectionFailure::logDescription() const {
-    static const char* names[] = {"status",          "invalidEndpoint", "missingCredential",
-                                  "keychain",        "unauthorized",    "forbidden",
-                                  "notFound",        "timedOut",        "network",
-                                  "invalidResponse", "emptyModels",     "responseTooLarge"};
+    static const char* names[] = {
+        "status",      "invalidEndpoint",  "missingCredential", "keychain",       "unauthorized",
+        "forbidden",   "notFound",         "timedOut",          "network",        "invalidResponse",
+        "emptyModels", "responseTooLarge", "interruptedReply",  "unreadableReply"};
     QString name = QString::fromLatin1(names[int(m_kind)]);
     if (m_kind == Kind::status)
         name += QStringLiteral("(%1)").arg(m_code);

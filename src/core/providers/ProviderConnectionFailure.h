@@ -25,6 +25,11 @@ public:
         invalidResponse,
         emptyModels,
         responseTooLarge,
+        // The body of a streamed reply ended before the stream said the
+        // reply was complete.
+        interruptedReply,
+        // A streamed reply held a data line that is not UTF-8.
+        unreadableReply,
     };
 
     static ProviderConnectionFailure status(int code) {

@@ -120,17 +120,20 @@ ServerSentEventReader::ServerSentEventReader(qsizetype replyLimit, qsizetype lin
 
 ServerSentEventReader::Line ServerSentEventReader::readLine(QByteArrayView line) {
     // Everything here works on the bytes: a line is only turned into text
-    // once it is known to carry a chunk.
-    if (!isValidUtf8(line))
-        return {};
+    // once it is known to carry a chunk. Trimming removes whole characters
+    // only, so the trimmed line is valid UTF-8 exactly when the line is.
     if (line.endsWith('\r'))
         line.chop(1);
     line = trimmedHorizontally(line);
     if (!line.startsWith("data:"))
         return {};
+    if (!isValidUtf8(line))
+        return {Line::Kind::invalidText, {}, {}};
     const QByteArrayView payload = trimmedHorizontally(line.sliced(5));
-    if (payload.isEmpty() || payload == "[DONE]")
+    if (payload.isEmpty())
         return {};
+    if (payload == "[DONE]")
+        return {Line::Kind::done, {}, {}};
     // The fast scanner settles the usual chunks; the general decoder the rest.
     const ChunkScanner::Result scanned = ChunkScanner::scan(payload);
     Line result;
@@ -184,9 +187,15 @@ bool ServerSentEventReader::appendLine(QByteArrayView line, const std::function<
     switch (read.kind) {
     case Line::Kind::nothing:
         return true;
+    case Line::Kind::done:
+        m_sawDone = true;
+        return true;
     case Line::Kind::serverError:
         m_state = State::serverError;
         m_serverMessage = std::move(read.text);
+        return false;
+    case Line::Kind::invalidText:
+        m_state = State::invalidText;
         return false;
     case Line::Kind::text:
         break;

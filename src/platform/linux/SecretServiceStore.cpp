@@ -2,6 +2,13 @@
 
 #include "core/support/Log.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QMap>
 #include <QPointer>
 #include <QTimer>
 #include <qt6keychain/keychain.h>
@@ -63,23 +70,88 @@ void runJob(Job* job, std::chrono::milliseconds timeout, OnDone onDone) {
     job->start();
 }
 
+using Attributes = QMap<QString, QString>;
+
 } // namespace
 
 SecretServiceStore::SecretServiceStore(const QString& service, QObject* parent)
-    : QObject(parent), m_service(service) {}
+    : QObject(parent), m_service(service) {
+    qDBusRegisterMetaType<Attributes>();
+}
+
+Future<std::expected<SecretServiceStore::Matches, int>>
+SecretServiceStore::matchingItems(const QString& account) {
+    using Result = std::expected<Matches, int>;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return Future<Result>::ready(std::unexpected(notAvailable));
+    // The attributes QtKeychain gives every item it stores.
+    QDBusMessage search = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.secrets"), QStringLiteral("/org/freedesktop/secrets"),
+        QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("SearchItems"));
+    search << QVariant::fromValue(
+        Attributes{{QStringLiteral("user"), account}, {QStringLiteral("server"), m_service}});
+    Promise<Result> promise;
+    auto future = promise.future();
+    auto* watcher =
+        new QDBusPendingCallWatcher(bus.asyncCall(search, int(m_timeout.count())), this);
+    connect(
+        watcher, &QDBusPendingCallWatcher::finished, this,
+        [promise](QDBusPendingCallWatcher* call) {
+            call->deleteLater();
+            const QDBusPendingReply<QList<QDBusObjectPath>, QList<QDBusObjectPath>> reply = *call;
+            if (reply.isError()) {
+                qCDebug(rewriteLog).noquote() << privateValue(
+                    QStringLiteral("secret service search error=%1").arg(reply.error().name()));
+                promise.resolve(std::unexpected(reply.error().type() == QDBusError::NoReply ||
+                                                        reply.error().type() == QDBusError::Timeout
+                                                    ? interactionNotAllowed
+                                                    : internalError));
+                return;
+            }
+            promise.resolve(
+                Matches{!reply.argumentAt<0>().isEmpty(), !reply.argumentAt<1>().isEmpty()});
+        });
+    return future;
+}
+
+Future<std::optional<int>> SecretServiceStore::remainingItem(const QString& account) {
+    return mapFuture(matchingItems(account), this,
+                     [](std::expected<Matches, int> matches) -> std::optional<int> {
+                         if (!matches)
+                             return matches.error();
+                         if (matches->locked)
+                             return locked;
+                         // An unlocked item that QtKeychain could not see:
+                         // nothing to rely on either way.
+                         if (matches->unlocked)
+                             return internalError;
+                         return std::nullopt;
+                     });
+}
 
 Future<SecretStore::ReadResult> SecretServiceStore::read(const QString& account) {
     Promise<ReadResult> promise;
     auto future = promise.future();
     auto* job = new ReadPasswordJob(m_service, this);
     job->setKey(account);
-    runJob(job, m_timeout, [promise](Job* finished) {
+    QPointer<SecretServiceStore> self(this);
+    runJob(job, m_timeout, [self, account, promise](Job* finished) {
         if (!finished) {
             promise.resolve(std::unexpected(interactionNotAllowed));
             return;
         }
         if (finished->error() == EntryNotFound) {
-            promise.resolve(std::optional<QByteArray>());
+            if (!self) {
+                promise.resolve(std::unexpected(internalError));
+                return;
+            }
+            self->remainingItem(account).detach(self, [promise](std::optional<int> remaining) {
+                if (remaining)
+                    promise.resolve(std::unexpected(*remaining));
+                else
+                    promise.resolve(std::optional<QByteArray>());
+            });
             return;
         }
         if (finished->error() != NoError) {
@@ -117,13 +189,27 @@ Future<SecretStore::WriteResult> SecretServiceStore::remove(const QString& accou
     auto future = promise.future();
     auto* job = new DeletePasswordJob(m_service, this);
     job->setKey(account);
-    runJob(job, m_timeout, [promise](Job* finished) {
-        if (!finished)
+    QPointer<SecretServiceStore> self(this);
+    runJob(job, m_timeout, [self, account, promise](Job* finished) {
+        if (!finished) {
             promise.resolve(std::unexpected(interactionNotAllowed));
-        else if (finished->error() != NoError && finished->error() != EntryNotFound)
+            return;
+        }
+        if (finished->error() != NoError && finished->error() != EntryNotFound) {
             promise.resolve(std::unexpected(statusFor(*finished)));
-        else
-            promise.resolve({});
+            return;
+        }
+        // A locked item is left in place without an error.
+        if (!self) {
+            promise.resolve(std::unexpected(internalError));
+            return;
+        }
+        self->remainingItem(account).detach(self, [promise](std::optional<int> remaining) {
+            if (remaining)
+                promise.resolve(std::unexpected(*remaining));
+            else
+                promise.resolve({});
+        });
     });
     return future;
 }

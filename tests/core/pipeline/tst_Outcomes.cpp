@@ -113,6 +113,12 @@ void OutcomesTest::connectionFailureSentences_data() {
     QTest::newRow("emptyModels") << of(K::emptyModels) << "The provider returned no models.";
     QTest::newRow("responseTooLarge")
         << of(K::responseTooLarge) << "The provider response was too large.";
+    QTest::newRow("interruptedReply")
+        << of(K::interruptedReply)
+        << "The connection closed before the reply was complete. Try again.";
+    QTest::newRow("unreadableReply")
+        << of(K::unreadableReply)
+        << u"The provider\u2019s reply contained text that isn\u2019t valid UTF-8. Try again."_s;
 }
 
 void OutcomesTest::connectionFailureSentences() {

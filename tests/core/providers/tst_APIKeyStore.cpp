@@ -84,8 +84,11 @@ void APIKeyStoreTest::scripts_data() {
     // others run, everything called so far settles: "|" just waits,
     // "restart" makes a new store over the same secret stores (a new
     // process), "wipe" empties both secret stores behind the store's back,
+    // "+<store>:<account>=<key>" adds an item behind its back,
     // "!<store>[.<call>][=<status>]" makes calls of that store fail (status
-    // -25293 unless given) and "!no modern" makes the modern store unusable.
+    // -25293 unless given; 0 heals them), "!no modern" makes the modern store
+    // unusable and "!hourly moves" lets a failed move be tried again only an
+    // hour later (otherwise on the very next read).
     QTest::addColumn<QString>("answers"); // "at once", or deferred "in order" / "newest first"
     QTest::addColumn<QByteArray>("modern");
     QTest::addColumn<QByteArray>("legacy");
@@ -125,8 +128,10 @@ void APIKeyStoreTest::scripts_data() {
     row("modern read", now, "", "", {"!modern.read", "r:a"}, {"error readFailed(-25293)"}, " | ");
     row("legacy read during the migration", now, "", "", {"!legacy.read", "r:a"},
         {"error readFailed(-25293)"}, " | ");
-    row("save during the migration", now, "", "a=legacy", {"!modern.write", "r:a"},
-        {"error migrationFailed(-25293)"}, " | a=legacy");
+    // A modern store that cannot be read is an error, never a missing key:
+    // nothing is read from the legacy store or moved out of it.
+    row("locked modern store", now, "", "a=legacy", {"!modern.read=-25315", "r:a", "r:a"},
+        {"error readFailed(-25315)", "error readFailed(-25315)"}, " | a=legacy");
     row("save", now, "", "", {"!modern.write", "s:a=k"}, {"error saveFailed(-25293)"}, " | ");
     row("delete", now, "a=k", "", {"!modern.remove", "d:a"}, {"error deleteFailed(-25293)"},
         "a=k | ");
@@ -138,6 +143,23 @@ void APIKeyStoreTest::scripts_data() {
     row("a failed delete still forgets the cached key", now, "", "",
         {"s:a=first", "!modern.remove", "d:a", "wipe", "r:a"},
         {"ok", "error deleteFailed(-25293)", "none"}, " | ");
+    // A legacy key that cannot be moved is still read; a later read, save
+    // or delete, or the next process, settles it.
+    row("a failed move still gives the key", now, "", "a=legacy", {"!modern.write", "r:a"},
+        {"legacy"}, " | a=legacy");
+    row("a later read moves it", now, "", "a=legacy",
+        {"!modern.write", "r:a", "!modern.write=0", "r:a"}, {"legacy", "legacy"}, "a=legacy | ");
+    row("not before the retry interval; the next process does", now, "", "a=legacy",
+        {"!hourly moves", "!modern.write", "r:a", "!modern.write=0", "r:a", "|", "restart", "r:a"},
+        {"legacy", "legacy", "legacy"}, "a=legacy | ");
+    row("a key saved elsewhere meanwhile wins", now, "", "a=legacy",
+        {"!modern.write", "r:a", "!modern.write=0", "+modern:a=newer", "r:a", "|", "r:a"},
+        {"legacy", "legacy", "newer"}, "a=newer | ");
+    row("a save settles it", now, "", "a=legacy",
+        {"!modern.write", "r:a", "!modern.write=0", "s:a=new", "r:a"}, {"legacy", "ok", "new"},
+        "a=new | ");
+    row("a delete settles it", now, "", "a=legacy",
+        {"!modern.write", "r:a", "!modern.write=0", "d:a", "r:a"}, {"legacy", "ok", "none"}, " | ");
     // A legacy store that fails never hides the modern store's keys. Deleting:
     // a store that cannot be read holds nothing that could come back; any
     // other failure may leave a copy behind, so it is reported.
@@ -197,20 +219,26 @@ void APIKeyStoreTest::scripts() {
     modernItems = items(modern);
     legacyStore.items = items(legacy);
     bool modernAvailable = true;
+    std::chrono::milliseconds moveRetryInterval{0};
     const auto makeStore = [&] {
-        return std::make_unique<APIKeyStore>(modernStore, legacyStore, [&modernAvailable] {
+        auto made = std::make_unique<APIKeyStore>(modernStore, legacyStore, [&modernAvailable] {
             return Future<bool>::ready(modernAvailable);
         });
+        made->setMoveRetryInterval(moveRetryInterval);
+        return made;
     };
     std::unique_ptr<APIKeyStore> store = makeStore();
     QStringList actual;
     QObject context; // goes first: nothing arrives once the test has ended
+    // Until every result is in, and then some: work nobody waits for (a
+    // retried move) ends too.
     const auto settle = [&] {
-        for (int round = 0; round < 1000 && actual.contains(QString()); ++round) {
+        for (int round = 0, quiet = 0; round < 1000 && quiet < 20; ++round) {
             QCoreApplication::processEvents();
             if (deferred.pendingCount() > 0)
                 deferred.answer(
                     answers == QLatin1String("newest first") ? deferred.pendingCount() - 1 : 0);
+            quiet = actual.contains(QString()) || deferred.pendingCount() > 0 ? 0 : quiet + 1;
         }
         QVERIFY2(!actual.contains(QString()), "an operation never ended");
     };
@@ -232,7 +260,16 @@ void APIKeyStoreTest::scripts() {
                 modernItems.clear();
                 legacyStore.items.clear();
             }
-            if (operation == QLatin1String("!no modern"))
+            if (operation.startsWith(QLatin1Char('+'))) {
+                const QString item = operation.section(QLatin1Char(':'), 1);
+                (operation.startsWith(QLatin1String("+modern")) ? modernItems : legacyStore.items)
+                    .insert(item.section(QLatin1Char('='), 0, 0),
+                            item.section(QLatin1Char('='), 1).toUtf8());
+            }
+            if (operation == QLatin1String("!hourly moves")) {
+                moveRetryInterval = std::chrono::hours(1);
+                store->setMoveRetryInterval(moveRetryInterval);
+            } else if (operation == QLatin1String("!no modern"))
                 modernAvailable = false;
             else if (operation.startsWith(QLatin1Char('!')))
                 fail(operation.startsWith(QLatin1String("!modern")) ? immediate : legacyStore,

@@ -54,11 +54,24 @@ QString rendered(const std::optional<OpenAICompatibleProvider::ModelsResult>& mo
     return *models ? models->value().join(QLatin1Char(',')) : models->error().logDescription();
 }
 
-QByteArray sse(const QStringList& pieces, const QByteArray& lineEnd = "\n") {
+// Data lines of the pieces, without an end.
+QByteArray unfinished(const QStringList& pieces, const QByteArray& lineEnd = "\n") {
     QByteArray body;
     for (const QString& piece : pieces)
         body += ScriptedHttpServer::dataLine(piece, lineEnd);
     return body;
+}
+
+// A whole reply: the pieces, then "[DONE]".
+QByteArray sse(const QStringList& pieces, const QByteArray& lineEnd = "\n") {
+    return unfinished(pieces, lineEnd) + ScriptedHttpServer::doneLine(lineEnd);
+}
+
+// A body that ends when the server closes the connection: no length, no
+// chunks, so the end of the body looks like any other.
+Response closedAfter(const QByteArray& body) {
+    return {{{"HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\nConnection: close\r\n\r\n", 0},
+             {body, 5}}};
 }
 
 } // namespace
@@ -168,11 +181,42 @@ void OpenAICompatibleProviderTest::streams_data() {
                "data: [DONE]\n\n" +
                sse({" after done\n"})),
         "Answer after done");
-    row("finished normally",
-        stream(sse({"Done."}) +
-               "data: {\"choices\":[{\"delta\":{},\"finish_reason\":\"stop\"}]}\n\n"),
+    // The stream must say that the reply ended: "[DONE]", a finish reason,
+    // or both. A body that ends without either was cut off, however it ends.
+    const QByteArray stop = "data: {\"choices\":[{\"delta\":{},\"finish_reason\":\"stop\"}]}\n\n";
+    const QString closedEarly =
+        QStringLiteral("The connection closed before the reply was complete. Try again.");
+    row("finish reason and [DONE]",
+        stream(unfinished({"Done."}) + stop + ScriptedHttpServer::doneLine()), "Done.");
+    row("finish reason only", stream(unfinished({"Done."}) + stop), "Done.");
+    row("finish reason beside the last text",
+        stream("data: {\"choices\":[{\"delta\":{\"content\":\"Done.\"},\"finish_reason\":"
+               "\"stop\"}]}\n\n"),
         "Done.");
+    row("[DONE] only, closed by the server", closedAfter(sse({"Do", "ne."})), "Done.");
+    row("neither, chunked", stream(unfinished({"The cat ", "sat"})), closedEarly, "The cat ");
+    row("neither, announced length",
+        ScriptedHttpServer::eventStream(unfinished({"The cat ", "sat"}), false), closedEarly);
+    row("neither, closed by the server", closedAfter(unfinished({"The cat ", "sat"})), closedEarly);
+    row("a null finish reason is none",
+        stream(unfinished({"The cat"}) +
+               "data: {\"choices\":[{\"delta\":{},\"finish_reason\":null}]}\n\n"),
+        closedEarly);
+    row("[DONE] in a line cut off at the end",
+        closedAfter(unfinished({"The cat"}) + "data: [DONE]"), closedEarly);
+    row("nothing at all", closedAfter({}), closedEarly);
     row("only empty deltas", stream(sse({"", " \n "})), "Empty model response");
+    // A piece that cannot be read would leave a hole in the text.
+    row("a data line that is not UTF-8",
+        stream(unfinished({"The "}) +
+               "data: {\"choices\":[{\"delta\":{\"content\":\"c\xff"
+               "at\"}}]}\n\n" +
+               sse({" sat."})),
+        QStringLiteral("The provider\u2019s reply contained text that isn\u2019t valid UTF-8. "
+                       "Try again."),
+        "The ");
+    row("invalid UTF-8 in a comment is ignored", stream(": \xff\xfe\n\n" + sse({"The cat sat."})),
+        "The cat sat.");
 
     // A leading think block never shows, nor the space after it.
     row("think block, then the text",
@@ -261,7 +305,9 @@ void OpenAICompatibleProviderTest::streams() {
 void OpenAICompatibleProviderTest::requestsCarryTheKey_data() {
     QTest::addColumn<QString>("endpointID");
     QTest::addColumn<bool>("required");
-    QTest::addColumn<QString>("stored"); // under the "current" or the "legacy" account
+    // Under the "current" or the "legacy" account, or "unreadable": stored,
+    // but the key store cannot read it (a locked keyring).
+    QTest::addColumn<QString>("stored");
     QTest::addColumn<QString>("call");
     // The second of two requests, each answered with a cookie: "<method>
     // <path> | <authorization> | <x-api-key> | <anthropic-version> | <cookie>";
@@ -281,6 +327,9 @@ void OpenAICompatibleProviderTest::requestsCarryTheKey_data() {
     row("stream, anthropic", "anthropic", true, "current", "stream",
         "POST /v1/chat/completions | Bearer sk | sk | 2023-06-01 | -");
     row("stream, required key absent", "custom", true, "", "stream", "none");
+    // A key that cannot be read is not "no key": nothing goes out without it.
+    row("stream, optional key unreadable", "custom", false, "unreadable", "stream", "none");
+    row("model list, optional key unreadable", "custom", false, "unreadable", "models", "none");
     row("model list, stored key", "custom", true, "current", "models",
         "GET /v1/models | Bearer sk | - | - | -");
     row("model list, required key absent", "custom", true, "", "models", "none");
@@ -299,6 +348,13 @@ void OpenAICompatibleProviderTest::requestsCarryTheKey() {
                                                               : credentialAccount(target);
     if (!stored.isEmpty())
         QVERIFY(test::waitFor(m_keys->saveKey(QStringLiteral("sk"), account))->has_value());
+    const bool unreadable = stored == QLatin1String("unreadable");
+    if (unreadable) {
+        m_modern->readFailure = -25315;
+        // A new process: nothing remembered from the save.
+        m_keys = std::make_unique<APIKeyStore>(*m_modern, *m_legacy,
+                                               [] { return Future<bool>::ready(true); });
+    }
     OpenAICompatibleProvider provider(target, *m_keys);
     const bool sent = request != QLatin1String("none");
     const QString text = QStringLiteral("caf\u00e9");
@@ -309,10 +365,14 @@ void OpenAICompatibleProviderTest::requestsCarryTheKey() {
     serve(answer);
     for (int time = 0; time < 2; ++time) {
         if (call == QLatin1String("stream"))
-            QCOMPARE(run(provider, text).outcome(), sent ? "ok" : "key missing");
+            QCOMPARE(run(provider, text).outcome(), sent         ? "ok"
+                                                    : unreadable ? "unavailable"
+                                                                 : "key missing");
         else
             QCOMPARE(rendered(test::waitFor(provider.fetchModels(EndpointCredential::stored()))),
-                     sent ? "m1" : "missingCredential");
+                     sent         ? "m1"
+                     : unreadable ? "keychain"
+                                  : "missingCredential");
     }
     QTest::qWait(20);
     QString seen = QStringLiteral("none");

@@ -17,18 +17,23 @@ struct Reading {
     ServerSentEventReader::State state = ServerSentEventReader::State::reading;
     QString serverMessage;
     std::optional<QString> finishReason;
+    bool sawDone = false;
     int texts = 0;
 
-    // The reply, then " | too large", " | error: <message>" or
-    // " | finish: <reason>" when they apply.
+    // The reply, then " | too large", " | error: <message>", " | not UTF-8",
+    // " | finish: <reason>" and " | done" when they apply.
     QString rendered() const {
         QString shown = reply;
         if (state == ServerSentEventReader::State::tooLarge)
             shown += QStringLiteral(" | too large");
         if (state == ServerSentEventReader::State::serverError)
             shown += QStringLiteral(" | error: ") + serverMessage;
+        if (state == ServerSentEventReader::State::invalidText)
+            shown += QStringLiteral(" | not UTF-8");
         if (finishReason)
             shown += QStringLiteral(" | finish: ") + *finishReason;
+        if (sawDone)
+            shown += QStringLiteral(" | done");
         return shown;
     }
 };
@@ -48,6 +53,7 @@ Reading readInPieces(const QByteArray& body, const QList<qsizetype>& cuts,
     reading.state = reader.state();
     reading.serverMessage = reader.serverMessage();
     reading.finishReason = reader.finishReason();
+    reading.sawDone = reader.sawDone();
     return reading;
 }
 
@@ -80,13 +86,23 @@ void ServerSentEventReaderTest::everySplitReadsTheSame_data() {
     row("CR LF", "data: " + hi + "\r\n", "Hi");
     row("no space after the colon", "data:" + hi + "\n", "Hi");
     row("tabs and no-break spaces around", "\t data:\xc2\xa0 " + hi + " \t\n", "Hi");
-    row("[DONE] does not end the reading", "data: [DONE]\n" + chunkLine(hi), "Hi");
+    row("[DONE] does not end the reading", "data: [DONE]\n" + chunkLine(hi), "Hi | done");
+    row("[DONE] with a CR and spaces", chunkLine(hi) + " data:  [DONE] \r\n", "Hi | done");
+    row("[DONE] must be the whole payload", "data: [DONE] x\ndata: [done]\n", "");
     row("comment and event lines", ": ping\nevent: delta\nid: 3\nretry: 10\n\n" + chunkLine(hi),
         "Hi");
     row("DATA in capitals is not data", "DATA: " + hi + "\n", "");
     row("bad JSON ignored", "data: {oops\n" + chunkLine(hi), "Hi");
-    row("invalid UTF-8 line ignored",
-        "data: {\"choices\":[{\"delta\":{\"content\":\"\xff\"}}]}\n" + chunkLine(hi), "Hi");
+    // A data line that is not UTF-8 would leave a hole in the text.
+    row("invalid UTF-8 data line ends the reading",
+        chunkLine(hi) + "data: {\"choices\":[{\"delta\":{\"content\":\"\xff\"}}]}\n" +
+            chunkLine(hi) + "data: [DONE]\n",
+        "Hi | not UTF-8");
+    row("a truncated character in a data line",
+        "data: {\"choices\":[{\"delta\":{\"content\":\"\xe2\x82\"}}]}\r\n", " | not UTF-8");
+    row("an overlong form in a data line", "data: \xc0\xaf\n" + chunkLine(hi), " | not UTF-8");
+    row("invalid UTF-8 outside data lines is ignored",
+        ": \xff\nevent: \xc3\nDATA: \xff\n" + chunkLine(hi), "Hi");
     row("no final line feed", chunkLine(hi) + "data: " + hi, "Hi");
     row("white space kept inside the text",
         chunkLine(R"({"choices":[{"delta":{"content":" a \n"}}]})"), " a \n");
@@ -180,6 +196,8 @@ void ServerSentEventReaderTest::randomBodiesMatchTheReference() {
         const Reading reading = readInPieces(body, cuts, reference.limit, reference.lineLimit);
         QCOMPARE(reading.state == ServerSentEventReader::State::tooLarge, reference.exceeded);
         QCOMPARE(reading.state == ServerSentEventReader::State::serverError, reference.serverError);
+        QCOMPARE(reading.state == ServerSentEventReader::State::invalidText, reference.invalidText);
+        QCOMPARE(reading.sawDone, reference.sawDone);
         QCOMPARE(reading.finishReason, reference.finishReason);
         if (!reference.exceeded)
             QCOMPARE(reading.reply, reference.reply);
