@@ -2,34 +2,56 @@
 
 #include <QObject>
 #include <QString>
+#include <expected>
+#include <memory>
 
 namespace scrivel {
 
-// One Scrivel per user session. The first instance owns the name
-// "com.scrivel.app" on the session bus; a later start asks it to activate
-// (or to toggle the panel, for `scrivel --toggle`) and exits. Without a
-// session bus every start runs on its own.
+class LocalInstanceChannel;
+
+// One Scrivel per user session and display. The first instance owns the name
+// "com.scrivel.app" on the session bus and listens on a socket in the user's
+// runtime folder (LocalInstanceChannel); a later start finds it on either and
+// asks it to activate (or to toggle the panel, for `scrivel --toggle`), then
+// exits. The bus is asked first; the socket alone is enough where there is
+// no session bus. With neither, every start runs on its own.
 class SingleInstance : public QObject {
     Q_OBJECT
 
 public:
     enum class Role { primary, secondary, standalone };
+    enum class Command { activate, toggle };
 
     static QString serviceName() { return QStringLiteral("com.scrivel.app"); }
     static QString objectPath() { return QStringLiteral("/com/scrivel/app"); }
     static QString interfaceName() { return QStringLiteral("com.scrivel.app.Instance"); }
 
-    explicit SingleInstance(QObject* parent = nullptr);
+    // The socket for this process's display in $XDG_RUNTIME_DIR, or why
+    // there is none. Needs the QGuiApplication.
+    static std::expected<QString, QString> localSocketOfThisDisplay();
 
-    // Claims the session's name, or finds the instance that holds it.
+    explicit SingleInstance(std::expected<QString, QString> localSocket, QObject* parent = nullptr);
+    ~SingleInstance() override;
+
+    // Claims the session's name and the socket, or finds the instance that
+    // holds one of them.
     Role claim();
-    // Asks the running instance to "Activate" or "Toggle"; false when it did
-    // not answer.
-    bool forward(const QString& method);
+    // Asks the running instance found by claim() to run the command; false
+    // when it did not answer.
+    bool forward(Command command);
+    // After claim() returned standalone: why neither channel works, as one
+    // phrase ("no session bus, and XDG_RUNTIME_DIR is unset").
+    QString standaloneReason() const;
 
 Q_SIGNALS:
     void activateRequested();
     void toggleRequested();
+
+private:
+    std::expected<QString, QString> m_localSocket;
+    std::unique_ptr<LocalInstanceChannel> m_local;
+    QString m_localProblem;
+    bool m_forwardOnBus = false;
 };
 
 } // namespace scrivel

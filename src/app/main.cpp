@@ -34,6 +34,20 @@ bool hasDisplay(int argc, char** argv) {
            !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
+// Qt warns while it starts when $XDG_RUNTIME_DIR is unset or not private;
+// the single-instance check below says in its own line what that means for
+// Scrivel, so Qt's line is not repeated.
+QtMessageHandler qtMessageHandler = nullptr;
+
+void dropRuntimeFolderWarnings(QtMsgType type, const QMessageLogContext& context,
+                               const QString& message) {
+    if (type == QtWarningMsg && message.startsWith(QLatin1String("QStandardPaths: ")) &&
+        (message.contains(QLatin1String("XDG_RUNTIME_DIR")) ||
+         message.contains(QLatin1String("runtime directory"))))
+        return;
+    qtMessageHandler(type, context, message);
+}
+
 bool wantsVersionOrHelp(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const QByteArray argument(argv[i]);
@@ -52,6 +66,7 @@ int main(int argc, char** argv) {
                    stderr);
         return 1;
     }
+    qtMessageHandler = qInstallMessageHandler(dropRuntimeFolderWarnings);
     QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
@@ -76,21 +91,32 @@ int main(int argc, char** argv) {
         QLoggingCategory::setFilterRules(QStringLiteral("com.scrivel.*=false"));
     QNetworkProxyFactory::setUseSystemConfiguration(true);
 
-    scrivel::SingleInstance instance;
-    const scrivel::SingleInstance::Role role = instance.claim();
-    if (role == scrivel::SingleInstance::Role::secondary) {
-        const bool answered = instance.forward(parser.isSet(toggle) ? QStringLiteral("Toggle")
-                                                                    : QStringLiteral("Activate"));
+    using scrivel::SingleInstance;
+    SingleInstance instance(SingleInstance::localSocketOfThisDisplay());
+    const SingleInstance::Role role = instance.claim();
+    if (role == SingleInstance::Role::secondary) {
+        const bool answered =
+            instance.forward(parser.isSet(toggle) ? SingleInstance::Command::toggle
+                                                  : SingleInstance::Command::activate);
         if (!answered) {
             std::fputs("scrivel: the running Scrivel did not answer.\n", stderr);
             return 1;
         }
         return 0;
     }
-    if (role == scrivel::SingleInstance::Role::standalone)
-        std::fputs("scrivel: no session bus; running without the single-instance check, and "
-                   "`scrivel --toggle` cannot reach this instance.\n",
-                   stderr);
+    if (role == SingleInstance::Role::standalone) {
+        // A --toggle that started an instance here would start one more on
+        // every press: say why it cannot reach one instead.
+        if (parser.isSet(toggle)) {
+            std::fprintf(stderr, "scrivel: --toggle cannot reach a running Scrivel: %s.\n",
+                         qPrintable(instance.standaloneReason()));
+            return 1;
+        }
+        std::fprintf(stderr,
+                     "scrivel: %s; running without the single-instance check, and `scrivel "
+                     "--toggle` cannot reach this instance.\n",
+                     qPrintable(instance.standaloneReason()));
+    }
 
     scrivel::LinuxServices services;
     scrivel::QtClipboard clipboard;

@@ -347,10 +347,14 @@ int CliApplication::rewrite(const QStringList& arguments) {
 
     // On a terminal the reply streams in as a dimmed draft on standard error,
     // which goes away when the cleaned result (or the error) is printed.
+    // Elsewhere the partial text is not looked at: each event is the whole
+    // reply so far, and touching it would make a long reply quadratic.
     DraftDisplay draft;
-    auto onPartial = [&](const TextSnapshot& text) { draft.show(text.view().toString()); };
+    RewriteCoordinator::PartialTextHandler onPartial;
+    if (draft.isActive())
+        onPartial = [&draft](const TextSnapshot& text) { draft.show(text.view()); };
     Future<RewriteCoordinator::Result> run =
-        services().coordinator().rewrite(input, *preset, onPartial);
+        services().coordinator().rewrite(input, *preset, std::move(onPartial));
     bool interrupted = false;
     const auto result = await(run, &interrupted);
     const bool succeeded = result && *result;

@@ -34,14 +34,14 @@ int lineWidth(QStringView line) {
 
 DraftDisplay::DraftDisplay() : m_active(Terminal::isTerminal(stderr)) {}
 
-void DraftDisplay::show(const QString& textSoFar) {
+void DraftDisplay::show(QStringView textSoFar) {
     if (!m_active || textSoFar.size() <= m_shown.size())
         return;
-    const QString added = textSoFar.mid(m_shown.size());
+    const QStringView added = textSoFar.sliced(m_shown.size());
     if (m_shown.isEmpty())
         Terminal::write(stderr, QString::fromLatin1(dim));
-    Terminal::write(stderr, added);
-    m_shown = textSoFar;
+    Terminal::write(stderr, added.toString());
+    m_shown.append(added);
 }
 
 int DraftDisplay::rowsAt(int columns) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 
 namespace scrivel::cli {
 
@@ -14,8 +15,9 @@ public:
     DraftDisplay();
 
     bool isActive() const { return m_active; }
-    // The whole text so far; only what is new is written.
-    void show(const QString& textSoFar);
+    // The whole text so far; only what is new is written and kept, so a
+    // reply streamed in many pieces costs time in proportion to its length.
+    void show(QStringView textSoFar);
     // Ends the draft: erases it or, when it cannot be erased, writes the
     // label below it.
     void finish(const QString& labelWhenKept);

@@ -2,8 +2,10 @@
 #include "platform/linux/QSettingsStore.h"
 #include "support/ProcessRun.h"
 #include "support/ScriptedHttpServer.h"
+#include "support/X11TestClient.h"
 
 #include <QDBusInterface>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QRect>
 #include <QStandardPaths>
@@ -27,6 +29,10 @@ private Q_SLOTS:
     void cleanup();
     void panelOpensCentredOnceThenFollowsThePointer();
     void secondStartLeavesOneInstance();
+    void oneInstanceWithoutASessionBus_data();
+    void oneInstanceWithoutASessionBus();
+    void toggleThatReachesNoInstanceStartsNothing_data();
+    void toggleThatReachesNoInstanceStartsNothing();
     void noDisplayIsOneClearLine();
     void aDayWithTheTray();
     void damagedPresetsAreToldWhenAWindowFirstShows();
@@ -34,7 +40,13 @@ private Q_SLOTS:
 
 private:
     void startApp();
+    // Starts the app with its own environment and output kept, and waits
+    // for the panel the very first launch shows.
+    void startAppShowingWelcome(const QProcessEnvironment& environment);
     void stopApp();
+    // A runtime folder private to the user (or with the given mode).
+    QString runtimeFolder(QFile::Permissions permissions = QFile::ReadOwner | QFile::WriteOwner |
+                                                           QFile::ExeOwner);
     test::ProcessRun run(const QString& program, const QStringList& arguments) {
         return test::runProcess(program, arguments, m_env, {}, 10000);
     }
@@ -57,6 +69,9 @@ private:
     // Opens the tray menu and walks it with the keyboard.
     void chooseFromTrayMenu(const QStringList& keys);
 
+    // Xvfb starts over when its last client leaves, and an app that connects
+    // meanwhile finds no display: this client stays for the whole suite.
+    std::unique_ptr<test::X11TestClient> m_display;
     std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<ScriptedHttpServer> m_server;
     std::unique_ptr<QProcess> m_app;
@@ -70,6 +85,8 @@ void AppEndToEndTest::initTestCase() {
         if (QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty())
             QSKIP("needs xdotool and xclip");
     }
+    m_display = std::make_unique<test::X11TestClient>();
+    QVERIFY(m_display->isConnected());
 }
 
 void AppEndToEndTest::init() {
@@ -98,6 +115,22 @@ void AppEndToEndTest::startApp() {
                        .exitCode == 0;
         },
         10000));
+}
+
+void AppEndToEndTest::startAppShowingWelcome(const QProcessEnvironment& environment) {
+    m_app = std::make_unique<QProcess>();
+    m_app->setProcessEnvironment(environment);
+    m_app->start(QStringLiteral(SCRIVEL_APP_PATH), {});
+    QVERIFY(m_app->waitForStarted());
+    QVERIFY2(QTest::qWaitFor([this] { return !visiblePanel().isEmpty(); }, 10000),
+             m_app->readAllStandardError().constData());
+}
+
+QString AppEndToEndTest::runtimeFolder(QFile::Permissions permissions) {
+    const QString folder = m_home->filePath(QStringLiteral("run"));
+    if (!QDir().mkpath(folder) || !QFile::setPermissions(folder, permissions))
+        return {};
+    return folder;
 }
 
 void AppEndToEndTest::stopApp() {
@@ -181,6 +214,102 @@ void AppEndToEndTest::secondStartLeavesOneInstance() {
     QCOMPARE(m_app->state(), QProcess::Running);
     // The running one answers by opening its main window on the presets.
     QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
+}
+
+void AppEndToEndTest::oneInstanceWithoutASessionBus_data() {
+    QTest::addColumn<bool>("appHasBus");
+    QTest::addColumn<bool>("laterStartsHaveBus");
+    QTest::newRow("no bus anywhere") << false << false;
+    QTest::newRow("later starts without the app's bus") << true << false;
+    QTest::newRow("app without the later starts' bus") << false << true;
+}
+
+// Six toggles without a session bus once left six resident instances, each
+// printing the X error of the hot key the first one held.
+void AppEndToEndTest::oneInstanceWithoutASessionBus() {
+    QFETCH(bool, appHasBus);
+    QFETCH(bool, laterStartsHaveBus);
+    const QString runtime = runtimeFolder();
+    QVERIFY(!runtime.isEmpty());
+    m_env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
+    // "disabled:" also keeps libdbus from launching a bus of its own.
+    QProcessEnvironment noBus = m_env;
+    noBus.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("disabled:"));
+    const QProcessEnvironment later = laterStartsHaveBus ? m_env : noBus;
+    auto runAgain = [&later](const QStringList& arguments) {
+        return test::runProcess(SCRIVEL_APP_PATH, arguments, later, {}, 10000);
+    };
+    auto answered = [](const test::ProcessRun& run) {
+        return run.exitCode == 0 && run.out.isEmpty() && run.err.isEmpty();
+    };
+
+    startAppShowingWelcome(appHasBus ? m_env : noBus);
+    // Each later start hands over and ends (a resident one would be killed
+    // by runProcess and report -1) without a word.
+    QVERIFY(answered(runAgain({"--toggle"})));
+    QTRY_VERIFY(visiblePanel().isEmpty());
+    xdotool({"mousemove", "300", "200"});
+    QVERIFY(answered(runAgain({"--toggle"})));
+    QTRY_COMPARE(visiblePanel().topLeft(), QPoint(300 - 24, 200 + 12));
+    QVERIFY(answered(runAgain({})));
+    QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
+    QCOMPARE(m_app->state(), QProcess::Running);
+    QVERIFY(!m_app->readAllStandardOutput().contains("Error registering hotkey"));
+
+    if (appHasBus)
+        return;
+    // An instance that was killed leaves its socket; the next one takes it
+    // over and is reached as before.
+    m_app->kill();
+    QVERIFY(m_app->waitForFinished(5000));
+    QCOMPARE(QDir(runtime).entryList({"*.socket"}, QDir::System).size(), 1);
+    m_app = std::make_unique<QProcess>();
+    m_app->setProcessEnvironment(noBus);
+    m_app->start(QStringLiteral(SCRIVEL_APP_PATH), {});
+    QVERIFY(m_app->waitForStarted());
+    const QString socket =
+        QDir(runtime).filePath(QDir(runtime).entryList({"*.socket"}, QDir::System).value(0));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        [&socket] {
+            QLocalSocket probe;
+            probe.connectToServer(socket);
+            return probe.waitForConnected(500);
+        }(),
+        10000);
+    QVERIFY(answered(runAgain({"--toggle"})));
+    QTRY_VERIFY(!visiblePanel().isEmpty());
+    QCOMPARE(m_app->state(), QProcess::Running);
+}
+
+void AppEndToEndTest::toggleThatReachesNoInstanceStartsNothing_data() {
+    QTest::addColumn<QString>("runtime"); // "unset" or "shared"
+    QTest::addColumn<QByteArray>("reason");
+    QTest::newRow("runtime folder unset") << "unset" << QByteArray("XDG_RUNTIME_DIR is unset.\n");
+    QTest::newRow("runtime folder open to others")
+        << "shared" << QByteArray("is not private to this user.\n");
+}
+
+void AppEndToEndTest::toggleThatReachesNoInstanceStartsNothing() {
+    QFETCH(QString, runtime);
+    QFETCH(QByteArray, reason);
+    m_env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("disabled:"));
+    if (runtime == QLatin1String("unset"))
+        m_env.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    else
+        m_env.insert(QStringLiteral("XDG_RUNTIME_DIR"),
+                     runtimeFolder(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
+                                   QFile::ReadOther | QFile::ExeOther));
+    const test::ProcessRun toggled = run(SCRIVEL_APP_PATH, {"--toggle"});
+    QCOMPARE(toggled.exitCode, 1);
+    QCOMPARE(toggled.err.count('\n'), 1);
+    QVERIFY2(toggled.err.startsWith(
+                 "scrivel: --toggle cannot reach a running Scrivel: no session bus, and "),
+             toggled.err.constData());
+    QVERIFY2(toggled.err.endsWith(reason), toggled.err.constData());
+    QVERIFY(toggled.out.isEmpty());
+    // Nothing started: no settings were written, no window shown.
+    QVERIFY(!QFile::exists(m_home->filePath(QStringLiteral("config/Scrivel/Scrivel.conf"))));
+    QVERIFY(visiblePanel().isEmpty());
 }
 
 void AppEndToEndTest::noDisplayIsOneClearLine() {
