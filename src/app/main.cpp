@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLoggingCategory>
@@ -60,31 +61,38 @@ bool wantsVersionOrHelp(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (!wantsVersionOrHelp(argc, argv) && !hasDisplay(argc, argv)) {
+    QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
+    QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
+    const QCommandLineOption toggle(
+        QStringLiteral("toggle"),
+        QStringLiteral("Show or hide the panel of the running Scrivel (starting it if needed). "
+                       "Bind this to a desktop shortcut where global shortcuts are unavailable."));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Rewrites text with a language model from a floating panel."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOption(toggle);
+
+    if (!hasDisplay(argc, argv)) {
+        // --help and --version need no display (a package check runs them
+        // on a build machine): a plain core application answers them, and
+        // process() exits.
+        if (wantsVersionOrHelp(argc, argv)) {
+            QCoreApplication app(argc, argv);
+            parser.process(app);
+        }
         std::fputs("scrivel: no display found (DISPLAY and WAYLAND_DISPLAY are unset); start "
                    "Scrivel from a desktop session.\n",
                    stderr);
         return 1;
     }
     qtMessageHandler = qInstallMessageHandler(dropRuntimeFolderWarnings);
-    QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
-    QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.scrivel.app"));
     QApplication app(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/scrivel.svg")));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Rewrites text with a language model from a floating panel."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption toggle(
-        QStringLiteral("toggle"),
-        QStringLiteral("Show or hide the panel of the running Scrivel (starting it if needed). "
-                       "Bind this to a desktop shortcut where global shortcuts are unavailable."));
-    parser.addOption(toggle);
     parser.process(app);
 
     if (qEnvironmentVariableIntValue("SCRIVEL_LOG") != 1)
