@@ -1,8 +1,11 @@
 #include "core/presets/ShippedPacks.h"
 
+#include "core/support/InstallLayout.h"
+
 #include <QCollator>
 #include <QDir>
 #include <QFile>
+#include <QSet>
 #include <algorithm>
 
 namespace scrivel {
@@ -20,6 +23,14 @@ QStringList jsonFiles(const QString& directory) {
 }
 
 } // namespace
+
+QStringList shippedPackRoots() {
+    QStringList roots;
+    if (const QString installed = installedDataDirectory(); !installed.isEmpty())
+        roots << QDir(installed).filePath(QStringLiteral("packs"));
+    roots << applicationResourceRoot();
+    return roots;
+}
 
 QStringList shippedPackURLs(const QString& root) {
     QStringList candidates = jsonFiles(QDir(root).filePath(QStringLiteral("Packs")));
@@ -40,9 +51,31 @@ QStringList shippedPackURLs(const QString& root) {
     return packs;
 }
 
+QStringList shippedPackURLs(const QStringList& roots) {
+    QStringList packs;
+    QSet<QString> names;
+    for (const QString& root : roots) {
+        for (const QString& path : shippedPackURLs(root)) {
+            const QString name = QFileInfo(path).fileName();
+            if (!names.contains(name)) {
+                names.insert(name);
+                packs.append(path);
+            }
+        }
+    }
+    std::sort(packs.begin(), packs.end(), [](const QString& a, const QString& b) {
+        return QFileInfo(a).fileName() < QFileInfo(b).fileName();
+    });
+    return packs;
+}
+
 QList<PresetPackDocument> shippedPacks(const QString& root) {
+    return shippedPacks(QStringList{root});
+}
+
+QList<PresetPackDocument> shippedPacks(const QStringList& roots) {
     QList<PresetPackDocument> documents;
-    for (const QString& path : shippedPackURLs(root)) {
+    for (const QString& path : shippedPackURLs(roots)) {
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
             continue;

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void messages();
     void shippedPacksLoadAndValidate();
     void shippedPackLookupRules();
+    void installedPacksComeFirst();
     void fuzzRegressionInputs();
 };
 
@@ -275,6 +276,37 @@ void PresetPackTest::shippedPackLookupRules() {
         names << document.name.value_or(u"<none>"_s);
     // Unnamed first, then case-insensitive with equal names in file order.
     QCOMPARE(names, QStringList({"<none>", "alpha", "Beta", "beta"}));
+}
+
+void PresetPackTest::installedPacksComeFirst() {
+    // Run from the build tree, only the compiled-in packs are found.
+    QCOMPARE(shippedPackRoots(), QStringList{applicationResourceRoot()});
+
+    // An installed packs folder holds its files directly; the compiled-in
+    // root keeps them under Packs/.
+    QTemporaryDir installed, builtIn;
+    auto write = [](const QTemporaryDir& root, const QString& relative, const QByteArray& name) {
+        QDir(root.path()).mkpath(QFileInfo(relative).path());
+        QFile file(root.filePath(relative));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({"kind":"scrivel.preset-pack","formatVersion":1,"name":")" + name +
+                   R"(","presets":[)" + goodItem + "]}");
+    };
+    write(builtIn, u"Packs/shared.scrivel.json"_s, "Compiled Shared");
+    write(builtIn, u"Packs/z.scrivel.json"_s, "Compiled Z");
+    write(installed, u"shared.scrivel.json"_s, "Installed Shared");
+    write(installed, u"added.scrivel.json"_s, "Installed Added");
+
+    const QStringList files = shippedPackURLs(QStringList{installed.path(), builtIn.path()});
+    QCOMPARE(files, QStringList({installed.filePath(u"added.scrivel.json"_s),
+                                 installed.filePath(u"shared.scrivel.json"_s),
+                                 builtIn.filePath(u"Packs/z.scrivel.json"_s)}));
+    QStringList names;
+    for (const auto& document : shippedPacks(QStringList{installed.path(), builtIn.path()}))
+        names << *document.name;
+    QCOMPARE(names, QStringList({"Compiled Z", "Installed Added", "Installed Shared"}));
+    // A root that does not exist adds nothing.
+    QCOMPARE(shippedPackURLs(QStringList{installed.filePath(u"none"_s), builtIn.path()}).size(), 2);
 }
 
 void PresetPackTest::fuzzRegressionInputs() {
