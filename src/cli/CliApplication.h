@@ -1,41 +1,29 @@
 #pragma once
 
-#include <QSet>
-#include <QStringList>
+#include "cli/CliSession.h"
 
-namespace scrivel {
-class LinuxServices;
-class PresetStore;
-} // namespace scrivel
+#include <QStringList>
 
 namespace scrivel::cli {
 
-// Parses scrivel-cli's command line and runs one command. Returns the exit
-// code.
+struct Command;
+
+// Parses scrivel-cli's command line and runs one command from the table in
+// commands/Commands.h.
 class CliApplication {
 public:
+    // Returns the exit code.
     int run(const QStringList& arguments);
 
+    // The text 'scrivel-cli help' prints: every command and action of the
+    // table, one a line.
+    static QString overview();
+
 private:
-    int rewrite(const QStringList& arguments);
-    int presets(const QStringList& arguments);
-    int key(const QStringList& arguments);
-    int models(const QStringList& arguments);
-    int status(const QStringList& arguments);
+    // Parses the command's options and runs the action its first word names.
+    int runCommand(const Command& command, const QStringList& arguments);
 
-    LinuxServices& services();
-    // The presets for a command that reads them, after saying on standard
-    // error what loading them found (every time, until the list is saved
-    // again) and that the built-ins could not be saved. Nothing, after
-    // saying why, when the settings cannot be read at all.
-    PresetStore* readPresets();
-    // Whether what a command changed is stored; if not, says why.
-    bool saved(const PresetStore& store);
-    // A line on standard error, unless this run has said it already.
-    void sayOnce(const QString& message);
-
-    LinuxServices* m_services = nullptr;
-    QSet<QString> m_said;
+    CliSession m_session;
 };
 
 } // namespace scrivel::cli

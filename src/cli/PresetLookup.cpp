@@ -52,6 +52,10 @@ bool namesPreset(const PresetStore& store, const QString& word) {
     return !presetsNamed(store, word).isEmpty();
 }
 
+QString presetCount(qsizetype count) {
+    return count == 1 ? QStringLiteral("1 preset") : QStringLiteral("%1 presets").arg(count);
+}
+
 QString shellQuoted(const QString& word) {
     static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9_./:@%+=,-]+$"));
     if (plain.match(word).hasMatch())

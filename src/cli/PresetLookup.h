@@ -15,6 +15,9 @@ std::expected<Preset, QString> findPreset(const PresetStore& store, const QStrin
 // Whether a command line word names a preset (or several).
 bool namesPreset(const PresetStore& store, const QString& word);
 
+// "1 preset", "2 presets".
+QString presetCount(qsizetype count);
+
 // A word quoted for a POSIX shell where it needs quoting, so that suggested
 // commands can be pasted as they stand.
 QString shellQuoted(const QString& word);

@@ -33,6 +33,12 @@ void write(FILE* stream, const QString& text) {
     std::fflush(stream);
 }
 
+void writeProblem(const QString& message, const QString& hint) {
+    write(stderr, message + QStringLiteral("\n"));
+    if (!hint.isEmpty())
+        write(stderr, hint + QStringLiteral("\n"));
+}
+
 std::optional<QByteArray> readAll(const QString& pathOrDash) {
     QFile file;
     if (pathOrDash.isEmpty() || pathOrDash == QLatin1String("-")) {

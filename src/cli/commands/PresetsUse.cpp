@@ -1,0 +1,32 @@
+#include "cli/commands/Commands.h"
+
+#include "cli/CliSession.h"
+#include "cli/ExitCode.h"
+#include "cli/PresetLookup.h"
+#include "cli/Terminal.h"
+
+namespace scrivel::cli::commands {
+
+using Terminal::write;
+
+int usePreset(Invocation& call) {
+    PresetStore* const store = call.session.readPresets();
+    if (!store)
+        return otherFailure;
+    if (call.words.size() != 1) {
+        write(stderr, QStringLiteral("Usage: scrivel-cli presets use NAME|ID\n"));
+        return usageError;
+    }
+    const auto preset = findPreset(*store, call.words[0]);
+    if (!preset) {
+        write(stderr, preset.error() + QStringLiteral("\n"));
+        return usageError;
+    }
+    store->activate(preset->id);
+    if (!call.session.saved(*store))
+        return otherFailure;
+    write(stdout, QStringLiteral("Active preset: %1\n").arg(preset->name));
+    return success;
+}
+
+} // namespace scrivel::cli::commands
