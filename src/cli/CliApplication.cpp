@@ -65,9 +65,9 @@ std::optional<std::pair<const Action*, QStringList>> chooseAction(const Command&
     return std::nullopt;
 }
 
-} // namespace
-
-QString CliApplication::overview() {
+// The text 'scrivel-cli help' prints: every command and action of the
+// table, one a line.
+QString overview() {
     QString commandLines;
     for (const Command& command : commandTable()) {
         for (const Action& action : command.actions) {
@@ -96,6 +96,8 @@ QString CliApplication::overview() {
                           "runnable,\n"
                           "4 provider failure, 130 cancelled.\n");
 }
+
+} // namespace
 
 int CliApplication::run(const QStringList& arguments) {
     const QString name = arguments.value(1);

@@ -15,10 +15,6 @@ public:
     // Returns the exit code.
     int run(const QStringList& arguments);
 
-    // The text 'scrivel-cli help' prints: every command and action of the
-    // table, one a line.
-    static QString overview();
-
 private:
     // Parses the command's options and runs the action its first word names.
     int runCommand(const Command& command, const QStringList& arguments);
