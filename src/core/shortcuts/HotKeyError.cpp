@@ -8,6 +8,8 @@ QString HotKeyError::description() const {
         return QStringLiteral("the combination is held by another application");
     case Kind::unknownKey:
         return QStringLiteral("the key has no key code on this keyboard");
+    case Kind::unavailable:
+        return QStringLiteral("this session offers no global shortcuts");
     case Kind::refused:
         break;
     }

@@ -13,6 +13,9 @@ struct HotKeyError {
         unknownKey,
         // Any other refusal by the display server.
         refused,
+        // This session has no global shortcuts at all (the service has said
+        // so once already).
+        unavailable,
     };
 
     Kind kind = Kind::refused;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/shortcuts/GlobalShortcutStatus.h"
 #include "core/shortcuts/HotKeyError.h"
 #include "core/shortcuts/Shortcut.h"
 
@@ -28,7 +29,16 @@ public:
     // that is released at once). Our own registrations never count.
     virtual bool isTakenByAnotherClient(const Shortcut& shortcut) = 0;
 
+    // How shortcuts reach the app in this session. Key grabs unless the
+    // service says otherwise.
+    virtual GlobalShortcutStatus status() const { return {}; }
+    // Opens the desktop's own dialog for the app's shortcuts, where the
+    // status offers one; the activation token lets the dialog take the
+    // keyboard.
+    virtual void configureInDesktop(const QString& activationToken) { Q_UNUSED(activationToken); }
+
 Q_SIGNALS:
+    void statusChanged();
     // Holding the keys reports one press; the key's auto-repeat is not an
     // event.
     void hotKeyEvent(quint32 signature, quint32 id, scrivel::HotKeyService::EventKind kind);

@@ -17,6 +17,8 @@ KeyboardShortcuts::KeyboardShortcuts(SettingsStore& settings, HotKeyService& hot
             [this](quint32 signature, quint32 id, HotKeyService::EventKind kind) {
                 dispatch(signature, id, kind);
             });
+    connect(&m_hotKeys, &HotKeyService::statusChanged, this,
+            &KeyboardShortcuts::deliveryStatusChanged);
 }
 
 void KeyboardShortcuts::adopt(const Name& name) {
@@ -116,10 +118,13 @@ void KeyboardShortcuts::registerShortcut(const Shortcut& shortcut) {
     const quint32 id = ++m_idCounter;
     const auto registered = m_hotKeys.registerHotKey(shortcut, hotKeySignature, id);
     if (!registered) {
-        m_errorLineWriter(QStringLiteral("Error registering hotkey %1: %2\n")
-                              .arg(shortcut.description())
-                              .arg(registered.error().status)
-                              .toUtf8());
+        // A session without global shortcuts is reported once by the
+        // service, not at every registration.
+        if (registered.error().kind != HotKeyError::Kind::unavailable)
+            m_errorLineWriter(QStringLiteral("Error registering hotkey %1: %2\n")
+                                  .arg(shortcut.description())
+                                  .arg(registered.error().status)
+                                  .toUtf8());
         Q_EMIT registrationFailed(shortcut, registered.error());
         return;
     }

@@ -65,6 +65,14 @@ public:
         return !isRegistered(shortcut) && m_hotKeys.isTakenByAnotherClient(shortcut);
     }
 
+    // How this session delivers the shortcuts (key grabs, the desktop's
+    // portal, or not at all); follow deliveryStatusChanged.
+    GlobalShortcutStatus deliveryStatus() const { return m_hotKeys.status(); }
+    // Opens the desktop's own dialog for the shortcuts, where it offers one.
+    void configureInDesktop(const QString& activationToken) {
+        m_hotKeys.configureInDesktop(activationToken);
+    }
+
     // Set while a recorder is recording: hot-key events are then ignored, so
     // pressing the current shortcut records it instead of firing it.
     bool isRecorderActive() const { return m_recorderActive; }
@@ -82,6 +90,7 @@ Q_SIGNALS:
     // The stored shortcut of the name (its raw value) changed.
     void shortcutChanged(const QString& name);
     void recorderActiveChanged(bool isActive);
+    void deliveryStatusChanged();
     // The system refused a registration; the stored value is kept and the
     // next enable or setShortcut tries again.
     void registrationFailed(const scrivel::Shortcut& shortcut, const scrivel::HotKeyError& error);

@@ -5,7 +5,7 @@
 namespace scrivel {
 
 UnavailableHotKeyService::UnavailableHotKeyService(QObject* parent) : HotKeyService(parent) {
-    std::fputs("scrivel: global shortcuts need an X11 session; bind \"scrivel --toggle\" to a "
+    std::fputs("scrivel: this session offers no global shortcuts; bind \"scrivel --toggle\" to a "
                "shortcut in your desktop’s keyboard settings instead.\n",
                stderr);
 }
