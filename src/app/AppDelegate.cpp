@@ -3,12 +3,14 @@
 #include "app/StorageAlerts.h"
 #include "core/desktop/Clipboard.h"
 #include "core/desktop/WakeObserver.h"
+#include "core/panel/FixPanelControlsState.h"
 #include "core/windows/ConventionalWindowCoordinator.h"
 #include "core/windows/WindowSession.h"
 #include "platform/linux/DBusStatusItemExport.h"
 #include "platform/linux/LinuxServices.h"
 #include "platform/linux/NoOpAnnouncer.h"
 #include "platform/linux/XdgAutostartLoginItemService.h"
+#include "ui/settings/GlobalShortcutField.h"
 #include "ui/settings/ShortcutActionBinding.h"
 #include "ui/settings/ShortcutRecorder.h"
 #include "ui/tray/StatusItemController.h"
@@ -25,9 +27,15 @@ AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObse
     : QObject(parent), m_services(services), m_clipboard(clipboard), m_wakeObserver(wakeObserver),
       m_panelTraits(std::move(panelTraits)), m_shortcuts(services.settings(), hotKeys),
       m_announcer(std::make_unique<NoOpAnnouncer>()) {
+    // The recorder where keys are grabbed; elsewhere what the desktop offers.
     m_shortcutRecorder = [this](QWidget* parent) {
-        return new ShortcutRecorder(m_shortcuts, ShortcutName::rewriteFocusedField(),
-                                    menuItemLookup(), parent);
+        return new GlobalShortcutField(
+            m_shortcuts,
+            [this](QWidget* fieldParent) {
+                return new ShortcutRecorder(m_shortcuts, ShortcutName::rewriteFocusedField(),
+                                            menuItemLookup(), fieldParent);
+            },
+            parent);
     };
     MainWindowServices windowServices;
     windowServices.store = &m_services.presets();
@@ -158,8 +166,12 @@ SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
 void AppDelegate::attachGlobalShortcut() {
     const ShortcutName& name = ShortcutName::rewriteFocusedField();
     KeyboardShortcuts& shortcuts = m_shortcuts;
-    m_fixPanel->setShortcutText([&shortcuts, name] { return shortcuts.displayText(name); });
+    m_fixPanel->setShortcutHint([&shortcuts, name] {
+        return shortcutHintText(shortcuts.deliveryStatus(), shortcuts.displayText(name));
+    });
     connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, m_fixPanel.get(),
+            &FixPanelController::refreshShortcutHint);
+    connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, m_fixPanel.get(),
             &FixPanelController::refreshShortcutHint);
     // The controller queues the toggle, so the hot-key handler returns at once.
     QPointer<AppDelegate> self(this);

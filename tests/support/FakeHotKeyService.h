@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QSet>
+#include <QStringList>
 
 namespace scrivel::test {
 
@@ -31,6 +32,18 @@ public:
     bool isTakenByAnotherClient(const Shortcut& shortcut) override {
         return takenByOthers.contains(shortcut);
     }
+    GlobalShortcutStatus status() const override { return m_status; }
+    void configureInDesktop(const QString& activationToken) override {
+        configureRequests.append(activationToken);
+    }
+
+    // How the fake delivers shortcuts (key grabs until set).
+    void setStatus(const GlobalShortcutStatus& status) {
+        m_status = status;
+        Q_EMIT statusChanged();
+    }
+    // The tokens of every request for the desktop's dialog.
+    QStringList configureRequests;
 
     // Combinations another client holds: registering them fails with
     // BadAccess (10).
@@ -69,6 +82,7 @@ private:
     }
 
     QList<Registration> m_registrations;
+    GlobalShortcutStatus m_status;
 };
 
 } // namespace scrivel::test

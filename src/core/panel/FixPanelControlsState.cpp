@@ -56,4 +56,25 @@ std::optional<QString> shortcutHintText(const std::optional<QString>& displayedS
     return tr("Press ") + *displayedShortcut + tr(" anywhere to open Scrivel.");
 }
 
+std::optional<QString> shortcutHintText(const GlobalShortcutStatus& delivery,
+                                        const std::optional<QString>& storedShortcut) {
+    using Kind = GlobalShortcutStatus::Kind;
+    switch (delivery.kind) {
+    case Kind::keyGrabs:
+        return shortcutHintText(storedShortcut);
+    case Kind::desktopPending:
+        return std::nullopt;
+    case Kind::desktopBound:
+        if (!delivery.triggerDescription.isEmpty())
+            return shortcutHintText(delivery.triggerDescription);
+        return tr("Choose keys for Scrivel under Settings › Keyboard shortcut to open it from "
+                  "anywhere.");
+    case Kind::unavailable:
+        break;
+    }
+    return tr("To open Scrivel from anywhere, bind “%1” to a shortcut in your desktop’s keyboard "
+              "settings.")
+        .arg(GlobalShortcutStatus::toggleCommand());
+}
+
 } // namespace scrivel

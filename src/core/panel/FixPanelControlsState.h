@@ -2,6 +2,7 @@
 
 #include "core/panel/FixPanelModel.h"
 #include "core/settings/SettingsStatus.h"
+#include "core/shortcuts/GlobalShortcutStatus.h"
 
 #include <optional>
 
@@ -31,5 +32,11 @@ struct FixPanelControlsState {
 // The hint under the controls, naming the shortcut that opens the panel
 // anywhere; nothing when there is no shortcut.
 std::optional<QString> shortcutHintText(const std::optional<QString>& displayedShortcut);
+// The same hint for how this session delivers the shortcut: the stored
+// shortcut where keys are grabbed, the desktop's keys where its portal binds
+// them, and the command to bind where there is no global shortcut at all.
+// Nothing while the desktop is still being asked.
+std::optional<QString> shortcutHintText(const GlobalShortcutStatus& delivery,
+                                        const std::optional<QString>& storedShortcut);
 
 } // namespace scrivel

@@ -43,10 +43,10 @@ bool FixPanelController::isPanelVisible() const {
     return m_panel && m_panel->isVisible();
 }
 
-void FixPanelController::setShortcutText(std::function<std::optional<QString>()> shortcutText) {
-    m_shortcutText = std::move(shortcutText);
+void FixPanelController::setShortcutHint(FixPanelView::ShortcutHint shortcutHint) {
+    m_shortcutHint = std::move(shortcutHint);
     if (m_view)
-        m_view->setShortcutText(m_shortcutText);
+        m_view->setShortcutHint(m_shortcutHint);
 }
 
 void FixPanelController::refreshShortcutHint() {
@@ -63,7 +63,7 @@ void FixPanelController::ensurePanel() {
         if (self)
             self->dismiss();
     });
-    m_view->setShortcutText(m_shortcutText);
+    m_view->setShortcutHint(m_shortcutHint);
     m_panel->setContent(m_view);
     m_panel->setOnResignKey([self] {
         if (self)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/panel/FixPanelModel.h"
+#include "ui/panel/FixPanelView.h"
 #include "ui/panel/FixPanelWindow.h"
 
 #include <QObject>
@@ -43,8 +44,8 @@ public:
     FixPanelView* view() const { return m_view; }
     bool isPanelVisible() const;
 
-    // Where the hint reads the displayed form of the global shortcut.
-    void setShortcutText(std::function<std::optional<QString>()> shortcutText);
+    // Where the hint reads its sentence about the global shortcut.
+    void setShortcutHint(FixPanelView::ShortcutHint shortcutHint);
     void refreshShortcutHint();
 
     void present(const QPoint& globalPoint);
@@ -66,7 +67,7 @@ private:
     PresetStore& m_presets;
     FixPanelModel m_model;
     PanelWindowTraits m_traits;
-    std::function<std::optional<QString>()> m_shortcutText;
+    FixPanelView::ShortcutHint m_shortcutHint;
     QPointer<FixPanelWindow> m_panel;
     FixPanelView* m_view = nullptr;
 };

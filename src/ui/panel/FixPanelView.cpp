@@ -101,15 +101,14 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     refreshShortcutHint();
 }
 
-void FixPanelView::setShortcutText(ShortcutText shortcutText) {
-    m_shortcutText = std::move(shortcutText);
+void FixPanelView::setShortcutHint(ShortcutHint shortcutHint) {
+    m_shortcutHint = std::move(shortcutHint);
     refreshShortcutHint();
 }
 
 void FixPanelView::refreshShortcutHint() {
-    const std::optional<QString> hint = m_model.showsShortcutHint() && m_shortcutText
-                                            ? shortcutHintText(m_shortcutText())
-                                            : std::nullopt;
+    const std::optional<QString> hint =
+        m_model.showsShortcutHint() && m_shortcutHint ? m_shortcutHint() : std::nullopt;
     m_hint->setText(hint.value_or(QString()));
     m_hint->setVisible(hint.has_value());
 }

@@ -27,13 +27,14 @@ class FixPanelView : public QWidget {
     Q_OBJECT
 
 public:
-    using ShortcutText = std::function<std::optional<QString>()>;
+    // The hint's sentence about the global shortcut, or nothing.
+    using ShortcutHint = std::function<std::optional<QString>()>;
 
     FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
                  QWidget* parent = nullptr);
 
-    // Where the hint reads the displayed form of the global shortcut.
-    void setShortcutText(ShortcutText shortcutText);
+    // Where the hint reads its sentence.
+    void setShortcutHint(ShortcutHint shortcutHint);
     // Call when the global shortcut changes.
     void refreshShortcutHint();
     // Shows the model's newest text at once instead of at the next frame.
@@ -56,7 +57,7 @@ private:
     FixPanelModel& m_model;
     PresetStore& m_presets;
     std::function<void()> m_onExit;
-    ShortcutText m_shortcutText;
+    ShortcutHint m_shortcutHint;
 
     PanelTextEditor* m_editor;
     SettingsStatusLabel* m_outcome;

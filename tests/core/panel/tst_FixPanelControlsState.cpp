@@ -5,6 +5,7 @@
 using namespace scrivel;
 
 Q_DECLARE_METATYPE(PanelStage)
+Q_DECLARE_METATYPE(GlobalShortcutStatus)
 
 class FixPanelControlsStateTest : public QObject {
     Q_OBJECT
@@ -61,6 +62,34 @@ private Q_SLOTS:
         QCOMPARE(seen, flags);
         QCOMPARE(state.pinsScrollToEnd, stage.kind == PanelStage::Kind::working);
         QCOMPARE(state.outcome ? state.outcome->accessibleName() : QString(), outcome);
+    }
+
+    // Only a delivered shortcut is promised; otherwise the hint names the
+    // command to bind, or waits for the desktop's answer.
+    void hintFollowsHowTheShortcutIsDelivered_data() {
+        using Status = GlobalShortcutStatus;
+        QTest::addColumn<GlobalShortcutStatus>("delivery");
+        QTest::addColumn<QString>("hint");
+        const QString press = QStringLiteral("Press %1 anywhere to open Scrivel.");
+        const QString bind =
+            QStringLiteral("To open Scrivel from anywhere, bind “scrivel --toggle” "
+                           "to a shortcut in your desktop’s keyboard settings.");
+        QTest::newRow("key grabs") << Status() << press.arg("Ctrl+Alt+Return");
+        QTest::newRow("desktop's keys")
+            << Status::bound("Super+Space", true) << press.arg("Super+Space");
+        QTest::newRow("desktop, no keys")
+            << Status::bound(QString(), true)
+            << QStringLiteral("Choose keys for Scrivel under Settings › Keyboard shortcut to open "
+                              "it from anywhere.");
+        QTest::newRow("asking") << Status::pending() << QString();
+        QTest::newRow("no portal") << Status::unavailable(Status::Reason::noPortal) << bind;
+        QTest::newRow("refused") << Status::unavailable(Status::Reason::refused) << bind;
+    }
+    void hintFollowsHowTheShortcutIsDelivered() {
+        QFETCH(GlobalShortcutStatus, delivery);
+        QFETCH(QString, hint);
+        const auto made = shortcutHintText(delivery, QStringLiteral("Ctrl+Alt+Return"));
+        QCOMPARE(made.value_or(QString()), hint);
     }
 
     void sentences() {

@@ -1,3 +1,4 @@
+#include "core/panel/FixPanelControlsState.h"
 #include "core/presets/PresetStore.h"
 #include "support/FakeTransformer.h"
 #include "support/InMemorySettingsStore.h"
@@ -183,7 +184,7 @@ private Q_SLOTS:
 
     void hintNamesTheShortcutOnlyWhenAsked() {
         std::optional<QString> shortcut = QStringLiteral("Ctrl+Alt+Return");
-        m_controller->setShortcutText([&shortcut] { return shortcut; });
+        m_controller->setShortcutHint([&shortcut] { return shortcutHintText(shortcut); });
         m_controller->presentCentered(QStringLiteral("This sentense has a typo."));
         QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
         QCOMPARE(m_controller->model().text(), QStringLiteral("This sentense has a typo."));
