@@ -1,7 +1,9 @@
 #include "app/SingleInstance.h"
 
+#include "platform/linux/DesktopSession.h"
 #include "platform/linux/LocalInstanceChannel.h"
 
+#include <QDBusAbstractAdaptor>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
@@ -12,22 +14,54 @@ namespace scrivel {
 
 namespace {
 
-// The object the running instance exports; its two slots are the methods a
-// later start calls.
-class InstanceEndpoint : public QObject {
+// The standard interface desktops and launchers use to activate a running
+// app, with the launcher's token in the platform data.
+class ApplicationAdaptor : public QDBusAbstractAdaptor {
     Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "com.scrivel.app.Instance")
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-    explicit InstanceEndpoint(SingleInstance* owner) : QObject(owner), m_owner(owner) {}
+    ApplicationAdaptor(QObject* holder, SingleInstance* owner)
+        : QDBusAbstractAdaptor(holder), m_owner(owner) {}
 
 public Q_SLOTS:
-    void Activate() { Q_EMIT m_owner->activateRequested(); }
-    void Toggle() { Q_EMIT m_owner->toggleRequested(); }
+    void Activate(const QVariantMap& platformData) {
+        Q_EMIT m_owner->activateRequested(DesktopSession::activationToken(platformData));
+    }
+    void Open(const QStringList& uris, const QVariantMap& platformData) {
+        Q_UNUSED(uris);
+        Activate(platformData);
+    }
+    void ActivateAction(const QString& action, const QVariantList& parameter,
+                        const QVariantMap& platformData) {
+        Q_UNUSED(parameter);
+        if (action == SingleInstance::toggleAction())
+            Q_EMIT m_owner->toggleRequested(DesktopSession::activationToken(platformData));
+    }
 
 private:
     SingleInstance* m_owner;
 };
+
+// Scrivel's own interface, as earlier versions call it.
+class InstanceAdaptor : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.scrivel.app.Instance")
+
+public:
+    InstanceAdaptor(QObject* holder, SingleInstance* owner)
+        : QDBusAbstractAdaptor(holder), m_owner(owner) {}
+
+public Q_SLOTS:
+    void Activate() { Q_EMIT m_owner->activateRequested(QString()); }
+    void Toggle() { Q_EMIT m_owner->toggleRequested(QString()); }
+
+private:
+    SingleInstance* m_owner;
+};
+
+// The member of a socket request that carries the launcher's token.
+const QString activationTokenMember = QStringLiteral("activationToken");
 
 QString commandName(SingleInstance::Command command) {
     return command == SingleInstance::Command::toggle ? QStringLiteral("toggle")
@@ -70,8 +104,10 @@ SingleInstance::Role SingleInstance::claim() {
         }
         if (reply.isValid()) {
             ownsName = true;
-            bus.registerObject(objectPath(), new InstanceEndpoint(this),
-                               QDBusConnection::ExportAllSlots);
+            auto* endpoint = new QObject(this);
+            new ApplicationAdaptor(endpoint, this);
+            new InstanceAdaptor(endpoint, this);
+            bus.registerObject(objectPath(), endpoint, QDBusConnection::ExportAdaptors);
         }
     }
 
@@ -92,10 +128,11 @@ SingleInstance::Role SingleInstance::claim() {
         case LocalInstanceChannel::Claim::listening:
             listening = true;
             m_local->setHandler([this](const InstanceRequest& request) {
+                const QString token = request.data.value(activationTokenMember).toString();
                 if (request.command == commandName(Command::toggle))
-                    Q_EMIT toggleRequested();
+                    Q_EMIT toggleRequested(token);
                 else if (request.command == commandName(Command::activate))
-                    Q_EMIT activateRequested();
+                    Q_EMIT activateRequested(token);
                 else
                     return false;
                 return true;
@@ -111,13 +148,33 @@ SingleInstance::Role SingleInstance::claim() {
     return ownsName || listening ? Role::primary : Role::standalone;
 }
 
-bool SingleInstance::forward(Command command) {
-    if (!m_forwardOnBus)
-        return m_local && m_local->send(InstanceRequest{commandName(command), {}});
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        serviceName(), objectPath(), interfaceName(),
-        command == Command::toggle ? QStringLiteral("Toggle") : QStringLiteral("Activate"));
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(call, QDBus::Block, 5000);
+bool SingleInstance::forward(Command command, const QVariantMap& platformData) {
+    const QString token = DesktopSession::activationToken(platformData);
+    if (!m_forwardOnBus) {
+        QJsonObject data;
+        if (!token.isEmpty())
+            data.insert(activationTokenMember, token);
+        return m_local && m_local->send(InstanceRequest{commandName(command), data});
+    }
+    QDBusMessage call =
+        command == Command::toggle
+            ? QDBusMessage::createMethodCall(serviceName(), objectPath(),
+                                             applicationInterfaceName(),
+                                             QStringLiteral("ActivateAction"))
+                  << toggleAction() << QVariantList() << platformData
+            : QDBusMessage::createMethodCall(serviceName(), objectPath(),
+                                             applicationInterfaceName(), QStringLiteral("Activate"))
+                  << platformData;
+    QDBusMessage answer = QDBusConnection::sessionBus().call(call, QDBus::Block, 5000);
+    // A running Scrivel from before the standard interface knows only its
+    // own.
+    if (answer.type() == QDBusMessage::ErrorMessage &&
+        answer.errorName().startsWith(QLatin1String("org.freedesktop.DBus.Error.Unknown"))) {
+        call = QDBusMessage::createMethodCall(
+            serviceName(), objectPath(), interfaceName(),
+            command == Command::toggle ? QStringLiteral("Toggle") : QStringLiteral("Activate"));
+        answer = QDBusConnection::sessionBus().call(call, QDBus::Block, 5000);
+    }
     return answer.type() == QDBusMessage::ReplyMessage;
 }
 

@@ -1,7 +1,9 @@
 #include "app/AppDelegate.h"
 #include "app/SingleInstance.h"
+#include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxServices.h"
 #include "platform/linux/LogindWakeObserver.h"
+#include "platform/linux/PortalHotKeyService.h"
 #include "platform/linux/QtClipboard.h"
 #include "platform/linux/UnavailableHotKeyService.h"
 #include "platform/linux/X11Desktop.h"
@@ -10,6 +12,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLoggingCategory>
@@ -88,6 +91,9 @@ int main(int argc, char** argv) {
                    stderr);
         return 1;
     }
+    // The launcher's token, for the running Scrivel when this start only
+    // hands over (the X11 plugin would take the startup id for itself).
+    const QVariantMap launcherPlatformData = scrivel::DesktopSession::launcherPlatformData();
     qtMessageHandler = qInstallMessageHandler(dropRuntimeFolderWarnings);
     QGuiApplication::setDesktopFileName(QStringLiteral("com.scrivel.app"));
     QApplication app(argc, argv);
@@ -105,7 +111,8 @@ int main(int argc, char** argv) {
     if (role == SingleInstance::Role::secondary) {
         const bool answered =
             instance.forward(parser.isSet(toggle) ? SingleInstance::Command::toggle
-                                                  : SingleInstance::Command::activate);
+                                                  : SingleInstance::Command::activate,
+                             launcherPlatformData);
         if (!answered) {
             std::fputs("scrivel: the running Scrivel did not answer.\n", stderr);
             return 1;
@@ -134,18 +141,51 @@ int main(int argc, char** argv) {
     panelTraits.prepareWindow = [](QWidget* window) {
         scrivel::X11Desktop::markAsFloatingPanel(window->winId());
     };
+    // A Wayland client learns nothing of the pointer outside its windows (and
+    // cannot place its own): the panel opens centred there.
+    const bool waylandSession = scrivel::DesktopSession::isWayland();
+    panelTraits.opensAtPointer = !waylandSession;
 
-    // Global grabs exist on X11 only; elsewhere `scrivel --toggle` bound to a
-    // desktop shortcut stands in (the no-op service says so once).
-    std::unique_ptr<scrivel::HotKeyService> hotKeys = scrivel::X11HotKeyService::forApplication();
+    // Global shortcuts: the desktop's portal in a Wayland session (native or
+    // XWayland, where grabs are not global), key grabs on X11, and otherwise
+    // none, with `scrivel --toggle` bound in the desktop's settings instead
+    // (the services say so once).
+    std::unique_ptr<scrivel::HotKeyService> hotKeys;
+    scrivel::PortalHotKeyService* portal = nullptr;
+    if (waylandSession) {
+        auto portalService = std::make_unique<scrivel::PortalHotKeyService>(
+            QDBusConnection::sessionBus(),
+            scrivel::PortalHotKeyService::Options{
+                QGuiApplication::desktopFileName(),
+                scrivel::ShortcutName::rewriteFocusedField().rawValue,
+                QCoreApplication::translate("main", "Open or close the Scrivel panel")});
+        portal = portalService.get();
+        hotKeys = std::move(portalService);
+    } else {
+        hotKeys = scrivel::X11HotKeyService::forApplication();
+    }
     if (!hotKeys)
         hotKeys = std::make_unique<scrivel::UnavailableHotKeyService>();
 
     scrivel::AppDelegate delegate(services, clipboard, &wakeObserver, *hotKeys, panelTraits);
+    // The caller's token lets the window that comes up take the keyboard.
     QObject::connect(&instance, &scrivel::SingleInstance::activateRequested, &delegate,
-                     &scrivel::AppDelegate::activate);
+                     [&delegate](const QString& token) {
+                         scrivel::DesktopSession::adoptActivationToken(token);
+                         delegate.activate();
+                     });
     QObject::connect(&instance, &scrivel::SingleInstance::toggleRequested, &delegate,
-                     &scrivel::AppDelegate::togglePanel);
+                     [&delegate](const QString& token) {
+                         scrivel::DesktopSession::adoptActivationToken(token);
+                         delegate.togglePanel();
+                         if (!delegate.fixPanel() || !delegate.fixPanel()->isPanelVisible())
+                             scrivel::DesktopSession::forgetActivationToken();
+                     });
+    // Bound once the shortcut is attached, so the stored one is offered as
+    // the preferred trigger; bound again at every start.
+    if (portal)
+        QObject::connect(&delegate, &scrivel::AppDelegate::launched, portal,
+                         &scrivel::PortalHotKeyService::start);
     if (parser.isSet(toggle)) {
         // Started by --toggle with no Scrivel running: open the panel once the
         // launch is done, unless the first launch has already shown it.

@@ -69,6 +69,8 @@ private Q_SLOTS:
     void ourOwnFocusedWindowDoesNotSwallowTheKeys();
     void anotherClientsGrabFailsTheRegistration();
     void unknownKeyCodeGrabsNothing();
+    void aWaylandSessionGetsNoGrabs_data();
+    void aWaylandSessionGetsNoGrabs();
 };
 
 void X11HotKeyServiceTest::initTestCase() {
@@ -180,10 +182,39 @@ void X11HotKeyServiceTest::unknownKeyCodeGrabsNothing() {
     }
 }
 
+void X11HotKeyServiceTest::aWaylandSessionGetsNoGrabs_data() {
+    QTest::addColumn<QByteArray>("sessionType");
+    QTest::addColumn<QByteArray>("waylandDisplay");
+    QTest::addColumn<bool>("grabs");
+    QTest::newRow("X11 session") << QByteArray("x11") << QByteArray() << true;
+    QTest::newRow("Wayland session type") << QByteArray("wayland") << QByteArray() << false;
+    QTest::newRow("Wayland display") << QByteArray() << QByteArray("wayland-0") << false;
+}
+
+void X11HotKeyServiceTest::aWaylandSessionGetsNoGrabs() {
+    QFETCH(QByteArray, sessionType);
+    QFETCH(QByteArray, waylandDisplay);
+    QFETCH(bool, grabs);
+    // Our X connection is XWayland's there: a grab would succeed and see
+    // only the keys typed into our own windows.
+    const QByteArray savedType = qgetenv("XDG_SESSION_TYPE");
+    const QByteArray savedDisplay = qgetenv("WAYLAND_DISPLAY");
+    auto restore = qScopeGuard([&] {
+        qputenv("XDG_SESSION_TYPE", savedType);
+        qputenv("WAYLAND_DISPLAY", savedDisplay);
+    });
+    qputenv("XDG_SESSION_TYPE", sessionType);
+    qputenv("WAYLAND_DISPLAY", waylandDisplay);
+    QCOMPARE(X11HotKeyService::forApplication() != nullptr, grabs);
+}
+
 int main(int argc, char* argv[]) {
     // The real display, not the offscreen platform the suites default to.
     if (!qEnvironmentVariableIsEmpty("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "xcb");
+    // The suite grabs on Xvfb, whatever session it was started from.
+    qunsetenv("WAYLAND_DISPLAY");
+    qputenv("XDG_SESSION_TYPE", "x11");
     QGuiApplication app(argc, argv);
     X11HotKeyServiceTest test;
     return QTest::qExec(&test, argc, argv);

@@ -2,6 +2,7 @@
 
 #include "core/shortcuts/ShortcutKey.h"
 #include "core/support/Log.h"
+#include "platform/linux/DesktopSession.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -81,6 +82,10 @@ bool enableDetectableAutoRepeat(xcb_connection_t* connection) {
 } // namespace
 
 std::unique_ptr<X11HotKeyService> X11HotKeyService::forApplication(QObject* parent) {
+    // Under XWayland a grab succeeds but sees only the keys typed into our
+    // own windows: no global shortcut, so no service that would claim one.
+    if (DesktopSession::isWayland())
+        return nullptr;
     auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
     if (!x11 || !x11->connection())
         return nullptr;

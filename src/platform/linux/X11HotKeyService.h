@@ -30,7 +30,8 @@ public:
     static constexpr std::chrono::milliseconds defaultRepeatWindow{30};
 
     // The service on the running QGuiApplication's X connection, or nothing
-    // when the application does not run on X11.
+    // when the application does not run on X11 or runs on XWayland in a
+    // Wayland session (where grabs are not global).
     static std::unique_ptr<X11HotKeyService> forApplication(QObject* parent = nullptr);
 
     // The connection must be the one Qt reads events from (the events reach

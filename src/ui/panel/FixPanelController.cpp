@@ -115,7 +115,8 @@ void FixPanelController::toggle() {
         resetAndHide();
         return;
     }
-    present(QCursor::pos());
+    present(m_traits.opensAtPointer ? QCursor::pos()
+                                    : PanelPlacement::centredAnchor(currentScreens()));
 }
 
 void FixPanelController::resetAndHide() {

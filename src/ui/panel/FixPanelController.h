@@ -23,6 +23,9 @@ struct PanelWindowTraits {
     // Platform hints for the new window (every desktop, out of the taskbar),
     // applied before it is first shown.
     std::function<void(QWidget*)> prepareWindow;
+    // Whether the toggle opens the panel next to the pointer; where the app
+    // cannot know the pointer's place (Wayland) it opens centred.
+    bool opensAtPointer = true;
 };
 
 // Owns the floating panel and its model: creates the window on first use,

@@ -204,6 +204,29 @@ private Q_SLOTS:
         QVERIFY(!view().hint()->isVisible());
     }
 
+    // Where the pointer's place is unknown (Wayland) the toggle opens the
+    // panel where a centred presentation would.
+    void toggleOpensAtThePointerOrCentred_data() {
+        QTest::addColumn<bool>("atPointer");
+        QTest::newRow("at the pointer") << true;
+        QTest::newRow("centred") << false;
+    }
+    void toggleOpensAtThePointerOrCentred() {
+        QFETCH(bool, atPointer);
+        PanelWindowTraits traits;
+        traits.opensAtPointer = atPointer;
+        m_controller = std::make_unique<FixPanelController>(
+            *m_presets, *m_coordinator, [] {}, [](const QString&) { return true; }, traits);
+        m_controller->presentCentered(std::nullopt);
+        QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
+        const QPoint centred = m_controller->panel()->pos();
+        m_controller->toggle();
+        QCursor::setPos(centred + QPoint(-150, 90));
+        m_controller->toggle();
+        QVERIFY(m_controller->isPanelVisible());
+        QCOMPARE(m_controller->panel()->pos() == centred, !atPointer);
+    }
+
 private:
     void show(const QString& text = {}) {
         m_controller->present(QPoint(200, 200));
