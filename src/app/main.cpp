@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/AppStateExport.h"
 #include "app/SingleInstance.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxServices.h"
@@ -194,6 +195,7 @@ int main(int argc, char** argv) {
                 delegate.togglePanel();
         });
     }
+    scrivel::AppStateExport stateExport(delegate);
     delegate.applicationDidFinishLaunching();
     return app.exec();
 }
