@@ -16,6 +16,10 @@ QProcessEnvironment scrivelEnvironment(const QString& home) {
     env.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/data"));
     env.insert(QStringLiteral("SCRIVEL_SECRET_STORE"), QStringLiteral("file"));
     env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    // An X11 session on the test display, whatever session the tests were
+    // started from (the Wayland suites say otherwise themselves).
+    env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    env.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11"));
     env.remove(QStringLiteral("http_proxy"));
     env.remove(QStringLiteral("HTTP_PROXY"));
     return env;

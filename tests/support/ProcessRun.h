@@ -18,7 +18,8 @@ struct ProcessRun {
 
 // The environment for a Scrivel binary that keeps its settings, presets and
 // keys (in the file store) under home, uses the real display rather than the
-// test platform, and reaches the loopback server without a proxy.
+// test platform (as an X11 session), and reaches the loopback server without
+// a proxy.
 QProcessEnvironment scrivelEnvironment(const QString& home);
 
 // Runs program to its end with input on its standard input. The event loop

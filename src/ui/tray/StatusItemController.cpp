@@ -123,6 +123,10 @@ StatusItemController::StatusItemController(RewriteCoordinator& coordinator, Pres
                     m_menu->popup(QCursor::pos());
             });
 
+    m_exportedMenuBound.setSingleShot(true);
+    m_exportedMenuBound.setInterval(defaultExportedMenuBound);
+    connect(&m_exportedMenuBound, &QTimer::timeout, this, &StatusItemController::menuClosed);
+
     m_trayCheck.setInterval(std::chrono::seconds(2));
     connect(&m_trayCheck, &QTimer::timeout, this, &StatusItemController::checkForTray);
     m_trayCheck.start();
@@ -136,6 +140,27 @@ StatusItemController::~StatusItemController() {
 
 void StatusItemController::setTrayCheckInterval(std::chrono::milliseconds interval) {
     m_trayCheck.setInterval(interval);
+}
+
+void StatusItemController::setExportedMenuBound(std::chrono::milliseconds bound) {
+    m_exportedMenuBound.setInterval(bound);
+}
+
+bool StatusItemController::isMenuExported() {
+    return m_menu->platformMenu() != nullptr;
+}
+
+void StatusItemController::menuOpened() {
+    m_model->menuWillOpen();
+    if (isMenuExported())
+        m_exportedMenuBound.start();
+}
+
+void StatusItemController::menuClosed() {
+    m_exportedMenuBound.stop();
+    // Once: the host's "closed" may follow a chosen item or the bound.
+    if (m_model->isMenuOpen())
+        m_model->menuDidClose();
 }
 
 void StatusItemController::buildMenu() {
@@ -170,12 +195,22 @@ void StatusItemController::buildMenu() {
             m_actions.quit();
     });
 
-    connect(m_menu, &QMenu::aboutToShow, m_model, &StatusItemModel::menuWillOpen);
+    connect(m_menu, &QMenu::aboutToShow, this, &StatusItemController::menuOpened);
     // Qt reports the closing before the chosen item's action; closing on the
     // next turn lets that action see the menu still open, so presentations
     // wait until the menu has let go of the pointer and keyboard.
-    connect(m_menu, &QMenu::aboutToHide, m_model, &StatusItemModel::menuDidClose,
+    connect(m_menu, &QMenu::aboutToHide, this, &StatusItemController::menuClosed,
             Qt::QueuedConnection);
+    // A menu the tray host draws from the D-Bus export holds no grab of ours,
+    // and the host's "closed" event (Qt's aboutToHide there) may never come:
+    // choosing an item closes it, and a bound ends it otherwise, so the
+    // shortcut is never left off.
+    for (QMenu* menu : {m_menu, m_presetMenu}) {
+        connect(menu, &QMenu::triggered, this, [this] {
+            if (isMenuExported())
+                menuClosed();
+        });
+    }
 }
 
 void StatusItemController::renderButton() {

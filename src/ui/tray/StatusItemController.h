@@ -55,6 +55,14 @@ public:
 
     // How often to look for a tray while there is none.
     void setTrayCheckInterval(std::chrono::milliseconds interval);
+    // How long a menu shown by the tray host over D-Bus counts as open when
+    // the host never says it closed.
+    void setExportedMenuBound(std::chrono::milliseconds bound);
+    static constexpr std::chrono::milliseconds defaultExportedMenuBound{5000};
+
+    // Whether the tray host draws the menu from its D-Bus export
+    // (a StatusNotifierItem) rather than Qt showing the menu itself.
+    bool isMenuExported();
 
     // The icon of a look, drawn to read on light and dark panels alike.
     static QIcon iconFor(StatusItemModel::Look look);
@@ -65,6 +73,8 @@ private:
     void renderButton();
     void renderMenu();
     void checkForTray();
+    void menuOpened();
+    void menuClosed();
 
     UpdaterController& m_updater;
     Actions m_actions;
@@ -78,6 +88,7 @@ private:
     QAction* m_settingsItem = nullptr;
     QAction* m_quitItem = nullptr;
     QTimer m_trayCheck;
+    QTimer m_exportedMenuBound;
     bool m_trayWasAvailable = false;
 };
 
