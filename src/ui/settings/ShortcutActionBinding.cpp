@@ -22,6 +22,15 @@ QKeySequence keySequence(const std::optional<Shortcut>& shortcut) {
     return combination ? QKeySequence(*combination) : QKeySequence();
 }
 
+// What the item shows: the stored shortcut where its keys are grabbed. A
+// desktop's keys are its own words (no key sequence), and a session without
+// global shortcuts has none to promise.
+QKeySequence shownKeys(KeyboardShortcuts& shortcuts, const ShortcutName& name) {
+    if (shortcuts.deliveryStatus().kind != GlobalShortcutStatus::Kind::keyGrabs)
+        return {};
+    return keySequence(shortcuts.shortcut(name));
+}
+
 QString withoutMnemonics(QString title) {
     title.replace(QStringLiteral("&&"), QStringLiteral("\x01"));
     title.remove(QLatin1Char('&'));
@@ -41,12 +50,15 @@ void ShortcutActionBinding::bind(QAction* action, KeyboardShortcuts& shortcuts,
     binding->setObjectName(QLatin1String(bindingObjectName));
     action->setProperty(boundNameProperty, name.rawValue);
     action->setShortcutVisibleInContextMenu(true);
-    action->setShortcut(keySequence(shortcuts.shortcut(name)));
+    action->setShortcut(shownKeys(shortcuts, name));
     QObject::connect(&shortcuts, &KeyboardShortcuts::shortcutChanged, binding,
                      [action, &shortcuts, name](const QString& rawValue) {
                          if (rawValue == name.rawValue)
-                             action->setShortcut(keySequence(shortcuts.shortcut(name)));
+                             action->setShortcut(shownKeys(shortcuts, name));
                      });
+    QObject::connect(
+        &shortcuts, &KeyboardShortcuts::deliveryStatusChanged, binding,
+        [action, &shortcuts, name] { action->setShortcut(shownKeys(shortcuts, name)); });
 }
 
 std::optional<QString> ShortcutActionBinding::menuItemUsing(const QList<QMenu*>& menus,

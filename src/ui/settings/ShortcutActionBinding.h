@@ -18,9 +18,10 @@ class KeyboardShortcuts;
 // combination one of the application's own items already uses.
 class ShortcutActionBinding {
 public:
-    // The action shows the name's shortcut (none when the name has none) and
-    // follows every change until the action is destroyed. Binding again
-    // replaces the earlier binding.
+    // The action shows the name's shortcut (none when the name has none, or
+    // when the session does not deliver it by key grabs) and follows every
+    // change until the action is destroyed. Binding again replaces the
+    // earlier binding.
     static void bind(QAction* action, KeyboardShortcuts& shortcuts, const ShortcutName& name);
 
     // The title (without mnemonic markers) of the first item in the menus or

@@ -132,6 +132,17 @@ private Q_SLOTS:
         QCOMPARE(openPanel->shortcut(), QKeySequence(QStringLiteral("Ctrl+Alt+T")));
         m_shortcuts->setShortcut(std::nullopt, rewrite);
         QVERIFY(openPanel->shortcut().isEmpty());
+        // Only grabbed keys are promised: not where the desktop binds the
+        // shortcut, nor where there is none.
+        m_shortcuts->setShortcut(ctrlAltT, rewrite);
+        m_service->setStatus(GlobalShortcutStatus::bound(QStringLiteral("Super+Space"), true));
+        QVERIFY(openPanel->shortcut().isEmpty());
+        m_service->setStatus(
+            GlobalShortcutStatus::unavailable(GlobalShortcutStatus::Reason::noPortal));
+        QVERIFY(openPanel->shortcut().isEmpty());
+        m_service->setStatus(GlobalShortcutStatus());
+        QCOMPARE(openPanel->shortcut(), QKeySequence(QStringLiteral("Ctrl+Alt+T")));
+        m_shortcuts->setShortcut(std::nullopt, rewrite);
 
         // The bound item shows the shortcut; it does not compete for it. Items in
         // submenus do.
