@@ -1,5 +1,6 @@
 #include "core/shortcuts/KeyboardShortcuts.h"
 #include "platform/linux/PortalHotKeyService.h"
+#include "platform/linux/UnavailableHotKeyService.h"
 #include "support/FakeShortcutPortal.h"
 #include "support/InMemorySettingsStore.h"
 
@@ -179,6 +180,20 @@ private Q_SLOTS:
         QCOMPARE(registered.error().kind, HotKeyError::Kind::unavailable);
         session.shortcuts.enable({ShortcutName::rewriteFocusedField()});
         QVERIFY(session.errorLines.isEmpty());
+    }
+
+    // Where neither grabs nor a portal exist, the stand-in refuses as well:
+    // nothing is registered, and nothing claims a shortcut.
+    void theStandInForNoShortcutsRefusesToo() {
+        UnavailableHotKeyService service;
+        InMemorySettingsStore settings;
+        KeyboardShortcuts shortcuts(settings, service);
+        QList<QByteArray> errorLines;
+        shortcuts.setErrorLineWriter([&](const QByteArray& line) { errorLines << line; });
+        shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [] {});
+        QVERIFY(!shortcuts.isRegistered(Shortcut{36, 6144}));
+        QCOMPARE(shortcuts.deliveryStatus(), GlobalShortcutStatus::unavailable(Reason::noPortal));
+        QVERIFY(errorLines.isEmpty());
     }
 
     void aPortalThatRestartsIsBoundAgain() {
