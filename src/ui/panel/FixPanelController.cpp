@@ -6,6 +6,7 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QLayout>
 #include <QScreen>
 
 namespace scrivel {
@@ -76,6 +77,10 @@ void FixPanelController::ensurePanel() {
 void FixPanelController::present(const QPoint& globalPoint) {
     ensurePanel();
     m_view->flushText();
+    // Measured with the text it shows now: a window that changes its size
+    // while the window manager is still placing it can be put in the corner.
+    m_view->layout()->activate();
+    m_panel->layout()->activate();
     m_panel->adjustSize();
     const QPoint origin = PanelPlacement::originNextTo(globalPoint, m_panel->frameGeometry().size(),
                                                        currentScreens());

@@ -145,6 +145,26 @@ private Q_SLOTS:
                  working ? PanelStage::Kind::working : PanelStage::Kind::input);
     }
 
+    void showsAtTheHeightOfItsText() {
+        // Shown once with a tall text and hidden: the next text is short.
+        m_controller->model().setText(QStringLiteral("a\nb\nc\nd\ne\nf"));
+        show();
+        const int tall = m_controller->panel()->height();
+        m_controller->dismiss();
+        for (const QString& text : {QStringLiteral("one line"), QStringLiteral("a\nb\nc")}) {
+            m_controller->model().setText(text);
+            m_controller->present(QPoint(200, 200));
+            const QSize shown = m_controller->panel()->size();
+            // Laid out afterwards, it keeps the size it was shown with: a
+            // window that changes size while the window manager places it
+            // may be put elsewhere.
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+            QCOMPARE(m_controller->panel()->size(), shown);
+            QVERIFY(shown.height() < tall);
+            m_controller->dismiss();
+        }
+    }
+
     void ctrlDigitsReachTheFirstNinePresets() {
         while (m_presets->presets().size() < 11) {
             Preset preset = m_presets->presets().first();
