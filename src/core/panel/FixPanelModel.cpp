@@ -178,6 +178,12 @@ void FixPanelModel::reset() {
     setStage(PanelStage::input());
 }
 
+void FixPanelModel::refuse(const QString& message) {
+    if (m_stage.kind == PanelStage::Kind::working)
+        return;
+    setStage(PanelStage::failure(message, false));
+}
+
 void FixPanelModel::textDidChange() {
     if (m_programmaticText && sameText(*m_programmaticText, m_text))
         return;

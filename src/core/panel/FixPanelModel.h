@@ -76,6 +76,9 @@ public:
     void reset();
     // Called by the editor after every change of the text.
     void textDidChange();
+    // Shows a failure that no run produced (a text refused before it got
+    // into the panel). Editing the text clears it, as it does any failure.
+    void refuse(const QString& message);
     void selectPreset(const QUuid& id);
     std::optional<QUuid> activePresetID() const;
     void setActivePresetID(const std::optional<QUuid>& id);
