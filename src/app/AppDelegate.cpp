@@ -73,6 +73,7 @@ void AppDelegate::launch() {
     const bool onDeviceAvailable = m_services.onDeviceModel().availability().isAvailable();
     m_services.presets().seedIfEmpty(onDeviceAvailable);
     createFixPanel();
+    connectSelection();
     createStatusItem();
     createStorageAlerts(presetProblem);
     // Linux has no update framework: this makes no controller even in a
@@ -97,6 +98,22 @@ void AppDelegate::createFixPanel() {
     };
     m_fixPanel = std::make_unique<FixPanelController>(
         m_services.presets(), m_services.coordinator(), openPresets, copyResult, m_panelTraits);
+}
+
+void AppDelegate::connectSelection() {
+    m_selectionPreferences = std::make_unique<SelectionPreferences>(m_services.settings(),
+                                                                    m_selectionDesktop != nullptr);
+    m_selection = std::make_unique<SelectionHandoff>(m_selectionDesktop, *m_selectionPreferences,
+                                                     m_fixPanel->model());
+    FixPanelController* panel = m_fixPanel.get();
+    connect(m_selection.get(), &SelectionHandoff::selectionTaken, panel,
+            &FixPanelController::selectAllText);
+    connect(m_selection.get(), &SelectionHandoff::handBackStarted, panel,
+            &FixPanelController::beginHandBack);
+    connect(m_selection.get(), &SelectionHandoff::handBackFinished, panel,
+            &FixPanelController::endHandBack);
+    connect(panel, &FixPanelController::panelHidden, m_selection.get(),
+            &SelectionHandoff::panelDidClose);
 }
 
 void AppDelegate::createStatusItem() {
@@ -160,7 +177,8 @@ SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
         m_loginItems = std::make_unique<XdgAutostartLoginItemService>(
             QGuiApplication::desktopFileName().isEmpty() ? QStringLiteral("com.scrivel.app")
                                                          : QGuiApplication::desktopFileName());
-    return new SettingsView(*m_loginItems, m_updater, m_shortcutRecorder, parent);
+    return new SettingsView(*m_loginItems, m_updater, m_shortcutRecorder,
+                            m_selectionPreferences.get(), parent);
 }
 
 void AppDelegate::attachGlobalShortcut() {
@@ -205,8 +223,17 @@ void AppDelegate::showPanelAtFirstLaunch() {
 }
 
 void AppDelegate::togglePanel() {
-    if (m_fixPanel)
+    if (!m_fixPanel)
+        return;
+    if (m_fixPanel->isPanelVisible()) {
         m_fixPanel->toggle();
+        return;
+    }
+    // Shown with the text selected in the window the user left, once it has
+    // arrived (or without it after a moment), where the pointer was.
+    const QPoint anchor = m_fixPanel->shortcutAnchor();
+    FixPanelController* panel = m_fixPanel.get();
+    m_selection->openPanel([panel, anchor] { panel->present(anchor); });
 }
 
 void AppDelegate::activate() {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "core/presets/PresetStoreProblem.h"
+#include "core/selection/SelectionHandoff.h"
+#include "core/selection/SelectionPreferences.h"
 #include "core/settings/UpdaterController.h"
 #include "core/shortcuts/HotKeyController.h"
 #include "core/shortcuts/KeyboardShortcuts.h"
@@ -21,6 +23,7 @@ class DBusStatusItemExport;
 class HotKeyService;
 class LinuxServices;
 class LoginItemService;
+class SelectionDesktop;
 class StatusItemController;
 class StorageAlerts;
 class WakeObserver;
@@ -39,6 +42,11 @@ public:
                 HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent = nullptr);
     ~AppDelegate() override;
 
+    // Where the panel takes the selected text from and hands results back
+    // to; none (the default) where the session allows neither. Set before
+    // the launch.
+    void setSelectionDesktop(SelectionDesktop* desktop) { m_selectionDesktop = desktop; }
+
     // Starts the launch sequence on the event loop and returns at once.
     void applicationDidFinishLaunching();
     bool hasLaunched() const { return m_fixPanel != nullptr; }
@@ -48,6 +56,7 @@ public:
     // closed, its settings page comes from setSettingsPage().
     MainWindowController& mainWindow() const { return *m_mainWindow; }
     StatusItemController* statusItem() const { return m_statusItem.get(); }
+    SelectionPreferences* selectionPreferences() const { return m_selectionPreferences.get(); }
     StorageAlerts* storageAlerts() const { return m_storageAlerts.get(); }
     UpdaterController& updater() { return m_updater; }
     // The global shortcuts: the tray's "Open Panel" item binds to it and
@@ -80,6 +89,7 @@ Q_SIGNALS:
 private:
     void launch();
     void createFixPanel();
+    void connectSelection();
     void createStatusItem();
     void attachGlobalShortcut();
     void observeWake();
@@ -97,6 +107,9 @@ private:
     SettingsView::RecorderFactory m_shortcutRecorder;
     std::unique_ptr<Announcer> m_announcer;
     std::unique_ptr<FixPanelController> m_fixPanel;
+    SelectionDesktop* m_selectionDesktop = nullptr;
+    std::unique_ptr<SelectionPreferences> m_selectionPreferences;
+    std::unique_ptr<SelectionHandoff> m_selection;
     std::unique_ptr<StatusItemController> m_statusItem;
     std::unique_ptr<DBusStatusItemExport> m_statusItemExport;
     std::unique_ptr<HotKeyController> m_hotKey;

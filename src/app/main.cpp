@@ -9,6 +9,7 @@
 #include "platform/linux/UnavailableHotKeyService.h"
 #include "platform/linux/X11Desktop.h"
 #include "platform/linux/X11HotKeyService.h"
+#include "platform/linux/X11SelectionDesktop.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -168,7 +169,13 @@ int main(int argc, char** argv) {
     if (!hotKeys)
         hotKeys = std::make_unique<scrivel::UnavailableHotKeyService>();
 
+    // The selected text in and the result back need X11: nothing else lets
+    // one application read another's focus and type into it.
+    const std::unique_ptr<scrivel::X11SelectionDesktop> selectionDesktop =
+        scrivel::X11SelectionDesktop::forSession();
+
     scrivel::AppDelegate delegate(services, clipboard, &wakeObserver, *hotKeys, panelTraits);
+    delegate.setSelectionDesktop(selectionDesktop.get());
     // The caller's token lets the window that comes up take the keyboard.
     QObject::connect(&instance, &scrivel::SingleInstance::activateRequested, &delegate,
                      [&delegate](const QString& token) {

@@ -110,9 +110,32 @@ void FixPanelController::dismiss() {
 }
 
 void FixPanelController::resignKey() {
-    if (m_model.stage().kind == PanelStage::Kind::working)
+    if (m_handingBack || m_model.stage().kind == PanelStage::Kind::working)
         return;
     resetAndHide();
+}
+
+void FixPanelController::selectAllText() {
+    if (m_view)
+        m_view->selectAllText();
+}
+
+void FixPanelController::beginHandBack() {
+    m_handingBack = true;
+}
+
+void FixPanelController::endHandBack(bool pasted) {
+    if (!m_handingBack)
+        return;
+    m_handingBack = false;
+    if (pasted) {
+        resetAndHide();
+        return;
+    }
+    if (m_panel && m_panel->isVisible()) {
+        m_panel->raise();
+        m_panel->activateWindow();
+    }
 }
 
 void FixPanelController::toggle() {
@@ -120,11 +143,16 @@ void FixPanelController::toggle() {
         resetAndHide();
         return;
     }
-    present(m_traits.opensAtPointer ? QCursor::pos()
-                                    : PanelPlacement::centredAnchor(currentScreens()));
+    present(shortcutAnchor());
+}
+
+QPoint FixPanelController::shortcutAnchor() const {
+    return m_traits.opensAtPointer ? QCursor::pos()
+                                   : PanelPlacement::centredAnchor(currentScreens());
 }
 
 void FixPanelController::resetAndHide() {
+    m_handingBack = false;
     m_model.reset();
     if (!m_panel || !m_panel->isVisible())
         return;

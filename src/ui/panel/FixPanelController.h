@@ -57,6 +57,20 @@ public:
     // The global shortcut: hide a visible panel whatever it is doing (a run is
     // cancelled), otherwise show it at the pointer.
     void toggle();
+    // Where the shortcut shows the panel: the pointer, or the middle of the
+    // screen where the pointer cannot be known (Wayland).
+    QPoint shortcutAnchor() const;
+
+    // The text was put in from another window's selection: it is shown all
+    // selected, so typing or pasting replaces it.
+    void selectAllText();
+    // While the focus goes back to the window a result is pasted into, the
+    // panel stays up without it.
+    void beginHandBack();
+    // pasted: the panel hides and empties as a dismissal does. Otherwise it
+    // takes the focus back and keeps showing its result.
+    void endHandBack(bool pasted);
+    bool isHandingBack() const { return m_handingBack; }
 
 Q_SIGNALS:
     void panelShown();
@@ -73,6 +87,7 @@ private:
     FixPanelView::ShortcutHint m_shortcutHint;
     QPointer<FixPanelWindow> m_panel;
     FixPanelView* m_view = nullptr;
+    bool m_handingBack = false;
 };
 
 } // namespace scrivel

@@ -118,6 +118,11 @@ void FixPanelView::flushText() {
         showModelText();
 }
 
+void FixPanelView::selectAllText() {
+    flushText();
+    m_editor->selectAll();
+}
+
 void FixPanelView::onModelTextChanged() {
     // Every change of the text, the model's own included, goes back to it.
     m_model.textDidChange();

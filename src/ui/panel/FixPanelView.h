@@ -39,6 +39,8 @@ public:
     void refreshShortcutHint();
     // Shows the model's newest text at once instead of at the next frame.
     void flushText();
+    // Selects the whole text, so that typing or pasting replaces it.
+    void selectAllText();
 
     PanelTextEditor* editor() const { return m_editor; }
     FixPanelControlsRow* controls() const { return m_controls; }

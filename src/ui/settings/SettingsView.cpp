@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsView.h"
 
+#include "core/selection/SelectionPreferences.h"
 #include "core/settings/GeneralSettingsModel.h"
 #include "core/settings/UpdaterController.h"
 #include "ui/widgets/SettingsStatusLabel.h"
@@ -85,8 +86,10 @@ QHBoxLayout* row(const QString& title, QWidget* control, QWidget* parent) {
 } // namespace
 
 SettingsView::SettingsView(LoginItemService& loginItems, UpdaterController& updater,
-                           RecorderFactory shortcutRecorder, QWidget* parent)
-    : QWidget(parent), m_general(new GeneralSettingsModel(loginItems, this)), m_updater(updater) {
+                           RecorderFactory shortcutRecorder, SelectionPreferences* selection,
+                           QWidget* parent)
+    : QWidget(parent), m_general(new GeneralSettingsModel(loginItems, this)), m_updater(updater),
+      m_selection(selection) {
     auto* content = new QWidget;
     auto* column = new QVBoxLayout(content);
     column->setContentsMargins(24, 20, 24, 20);
@@ -107,6 +110,10 @@ SettingsView::SettingsView(LoginItemService& loginItems, UpdaterController& upda
     connect(m_general, &GeneralSettingsModel::changed, this, &SettingsView::renderGeneral);
     renderGeneral();
     renderUpdates();
+    if (m_selection) {
+        connect(m_selection, &SelectionPreferences::changed, this, &SettingsView::renderSelection);
+        renderSelection();
+    }
 }
 
 QWidget* SettingsView::makeGeneralSection(const RecorderFactory& shortcutRecorder) {
@@ -119,6 +126,8 @@ QWidget* SettingsView::makeGeneralSection(const RecorderFactory& shortcutRecorde
     QWidget* recorder = shortcutRecorder ? shortcutRecorder(box) : nullptr;
     if (recorder)
         rows->addLayout(row(tr("Keyboard shortcut"), recorder, box));
+    if (m_selection)
+        addSelectionRows(rows, box);
 
     auto* launchControls = new QWidget(box);
     auto* launchLayout = new QHBoxLayout(launchControls);
@@ -144,6 +153,32 @@ QWidget* SettingsView::makeGeneralSection(const RecorderFactory& shortcutRecorde
     m_generalFooter->setContentsMargins(4, 2, 4, 0);
     layout->addWidget(m_generalFooter);
     return section;
+}
+
+void SettingsView::addSelectionRows(QVBoxLayout* rows, QWidget* box) {
+    const std::optional<QString> unavailable = m_selection->unavailableReason();
+    // Where the desktop does not allow it, the rows say why instead of
+    // offering switches that would do nothing.
+    auto control = [&](QCheckBox*& toggle, const QString& title) -> QWidget* {
+        if (unavailable) {
+            QLabel* reason = secondaryLabel(*unavailable, box);
+            reason->setWordWrap(false);
+            return reason;
+        }
+        toggle = new QCheckBox(box);
+        toggle->setAccessibleName(title);
+        return toggle;
+    };
+    const QString take = tr("Start with the selected text");
+    const QString replace = tr("Replace the selection when done");
+    rows->addLayout(row(take, control(m_takeSelection, take), box));
+    rows->addLayout(row(replace, control(m_replaceSelection, replace), box));
+    if (m_takeSelection)
+        connect(m_takeSelection, &QCheckBox::clicked, m_selection,
+                &SelectionPreferences::setTakeSelection);
+    if (m_replaceSelection)
+        connect(m_replaceSelection, &QCheckBox::clicked, m_selection,
+                &SelectionPreferences::setReplaceSelection);
 }
 
 QWidget* SettingsView::makeUpdatesSection() {
@@ -207,6 +242,15 @@ void SettingsView::renderGeneral() {
     if (status)
         m_status->setStatus(*status);
     m_generalFooter->setText(m_general->footerText());
+}
+
+void SettingsView::renderSelection() {
+    if (!m_takeSelection || !m_replaceSelection)
+        return;
+    m_takeSelection->setChecked(m_selection->takeSelectionSetting());
+    m_replaceSelection->setChecked(m_selection->replaceSelectionSetting());
+    // Only a selection taken into the panel can be replaced.
+    m_replaceSelection->setEnabled(m_selection->takeSelectionSetting());
 }
 
 void SettingsView::renderUpdates() {

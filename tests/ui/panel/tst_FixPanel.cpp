@@ -129,20 +129,57 @@ private Q_SLOTS:
 
     void focusLossHidesUnlessWorking_data() {
         QTest::addColumn<bool>("working");
-        QTest::newRow("input") << false;
-        QTest::newRow("working") << true;
+        QTest::addColumn<bool>("handingBack");
+        QTest::newRow("input") << false << false;
+        QTest::newRow("working") << true << false;
+        // The focus goes to the window a result is pasted into.
+        QTest::newRow("handing back") << false << true;
     }
     void focusLossHidesUnlessWorking() {
         QFETCH(bool, working);
+        QFETCH(bool, handingBack);
         show(QStringLiteral("teh cat"));
         if (working)
             QTest::keyClick(&editor(), Qt::Key_Return);
+        if (handingBack)
+            m_controller->beginHandBack();
         QEvent deactivate(QEvent::WindowDeactivate);
         QCoreApplication::sendEvent(m_controller->panel(), &deactivate);
-        QCOMPARE(m_controller->isPanelVisible(), working);
-        QCOMPARE(m_controller->model().text(), working ? QStringLiteral("teh cat") : QString());
+        const bool stays = working || handingBack;
+        QCOMPARE(m_controller->isPanelVisible(), stays);
+        QCOMPARE(m_controller->model().text(), stays ? QStringLiteral("teh cat") : QString());
         QCOMPARE(m_controller->model().stage().kind,
                  working ? PanelStage::Kind::working : PanelStage::Kind::input);
+    }
+
+    void aHandBackEndsHiddenOrInFront_data() {
+        QTest::addColumn<bool>("pasted");
+        QTest::newRow("pasted") << true;
+        QTest::newRow("not pasted") << false;
+    }
+    void aHandBackEndsHiddenOrInFront() {
+        QFETCH(bool, pasted);
+        show(QStringLiteral("teh cat"));
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        m_fake->complete(QStringLiteral("The cat."));
+        QTRY_COMPARE(m_controller->model().stage(), PanelStage::copied());
+        m_controller->beginHandBack();
+        m_controller->endHandBack(pasted);
+        QVERIFY(!m_controller->isHandingBack());
+        QCOMPARE(m_controller->isPanelVisible(), !pasted);
+        // Kept on show with its result (and Revert) when nothing was pasted.
+        QCOMPARE(m_controller->model().stage(),
+                 pasted ? PanelStage::input() : PanelStage::copied());
+        QCOMPARE(m_controller->model().text(), pasted ? QString() : QStringLiteral("The cat."));
+    }
+
+    void aTakenTextIsSelectedWhole() {
+        show();
+        m_controller->model().setText(QStringLiteral("teh café\nsat"));
+        m_controller->selectAllText();
+        QCOMPARE(editor().textCursor().selectedText(), QStringLiteral("teh café\u2029sat"));
+        QTest::keyClicks(&editor(), QStringLiteral("x"));
+        QCOMPARE(m_controller->model().text(), QStringLiteral("x"));
     }
 
     void showsAtTheHeightOfItsText() {

@@ -1,5 +1,7 @@
+#include "core/selection/SelectionPreferences.h"
 #include "core/settings/GeneralSettingsModel.h"
 #include "core/settings/UpdaterController.h"
+#include "support/InMemorySettingsStore.h"
 #include "ui/settings/SettingsView.h"
 #include "ui/widgets/SettingsStatusLabel.h"
 
@@ -64,6 +66,8 @@ QCheckBox* checkBox(QWidget& view, const QString& name) {
 }
 
 const QString launch = QStringLiteral("Launch at login");
+const QString takeSelection = QStringLiteral("Start with the selected text");
+const QString replaceSelection = QStringLiteral("Replace the selection when done");
 const QString notConfigured = QStringLiteral("Not configured in this development build");
 
 } // namespace
@@ -135,6 +139,45 @@ private Q_SLOTS:
         box->click();
         QVERIFY(!automatic);
         QVERIFY(button(view, QStringLiteral("Check for Updates…"))->isEnabled());
+    }
+
+    void selectionRowsOnX11() {
+        FakeLoginItems items;
+        UpdaterController updater{QString(), QString()};
+        InMemorySettingsStore settings;
+        SelectionPreferences preferences(settings, true);
+        SettingsView view(items, updater, {}, &preferences);
+        view.show();
+        QCheckBox* take = checkBox(view, takeSelection);
+        QCheckBox* replace = checkBox(view, replaceSelection);
+        QVERIFY(take && replace);
+        QVERIFY(take->isChecked() && !replace->isChecked()); // the defaults
+        QVERIFY(replace->isEnabled());
+
+        replace->click();
+        QCOMPARE(settings.boolean(SelectionPreferences::replaceSelectionKey()), true);
+        take->click();
+        QCOMPARE(settings.boolean(SelectionPreferences::takeSelectionKey()), false);
+        // Nothing taken, nothing to replace: the switch keeps its value but
+        // cannot be used.
+        QVERIFY(replace->isChecked() && !replace->isEnabled());
+        QVERIFY(!preferences.replacesSelection());
+    }
+
+    void selectionRowsSayWhyElsewhere() {
+        FakeLoginItems items;
+        UpdaterController updater{QString(), QString()};
+        InMemorySettingsStore settings;
+        SelectionPreferences preferences(settings, false);
+        SettingsView view(items, updater, {}, &preferences);
+        view.show();
+        QVERIFY(!checkBox(view, takeSelection) && !checkBox(view, replaceSelection));
+        int reasons = 0;
+        for (QLabel* label : view.findChildren<QLabel*>())
+            reasons += label->isVisibleTo(&view) && label->text() == u"Needs an X11 session";
+        QCOMPARE(reasons, 2);
+        QVERIFY(showsText(view, takeSelection) && showsText(view, replaceSelection));
+        QVERIFY(!preferences.takesSelection());
     }
 };
 
