@@ -2,9 +2,12 @@
 // window manager, timed from X events (never by polling):
 //   start → tray icon embedded (the icon window is reparented into the tray),
 //   memory 3 s after start (PSS of the process, from /proc),
-//   shortcut released → panel window mapped, first and warm.
+//   shortcut released → panel window mapped, first and warm,
+// with the keyboard focus in a window of the benchmark's own that owns the
+// PRIMARY selection (so the panel opens with that text, read from it), or
+// with "--no-selection" without one.
 //
-//   bench_AppStartup SCRIVEL [runs]
+//   bench_AppStartup SCRIVEL [runs] [--no-selection]
 //
 // Needs DISPLAY (with a tray host such as trayer already running), a session
 // bus, and the default shortcut Ctrl+Alt+Return. bench/app-startup.sh sets
@@ -23,6 +26,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -57,6 +61,28 @@ public:
         xcb_disconnect(m_c);
     }
 
+    // A small window of ours with the keyboard focus, holding a selected
+    // text: what the user has when they press the shortcut over a text.
+    void selectText(const QByteArray& text) {
+        m_selected = text;
+        m_utf8 = atom("UTF8_STRING");
+        if (!m_window) {
+            m_window = xcb_generate_id(m_c);
+            xcb_create_window(m_c, XCB_COPY_FROM_PARENT, m_window, m_root, 0, 600, 200, 100, 0,
+                              XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+            xcb_map_window(m_c, m_window);
+        }
+        focusOwnWindow();
+    }
+    // The panel took the focus; it comes back before each press.
+    void focusOwnWindow() {
+        if (!m_window)
+            return;
+        xcb_set_input_focus(m_c, XCB_INPUT_FOCUS_POINTER_ROOT, m_window, XCB_CURRENT_TIME);
+        xcb_set_selection_owner(m_c, m_window, XCB_ATOM_PRIMARY, XCB_CURRENT_TIME);
+        xcb_flush(m_c);
+    }
+
     // Waits for the first event the predicate accepts; its arrival time, or
     // nothing after the time-out.
     template <typename Predicate>
@@ -65,6 +91,7 @@ public:
         while (true) {
             while (xcb_generic_event_t* event = xcb_poll_for_event(m_c)) {
                 const auto now = Clock::now();
+                answerSelectionRequest(event);
                 const bool accepted = accept(event);
                 std::free(event);
                 if (accepted)
@@ -108,6 +135,32 @@ public:
     }
 
 private:
+    void answerSelectionRequest(xcb_generic_event_t* event) {
+        if ((event->response_type & 0x7f) != XCB_SELECTION_REQUEST)
+            return;
+        const auto* request = reinterpret_cast<xcb_selection_request_event_t*>(event);
+        xcb_selection_notify_event_t notify{};
+        notify.response_type = XCB_SELECTION_NOTIFY;
+        notify.requestor = request->requestor;
+        notify.selection = request->selection;
+        notify.target = request->target;
+        notify.time = request->time;
+        notify.property = XCB_ATOM_NONE;
+        if (request->target == m_utf8 && request->property != XCB_ATOM_NONE) {
+            xcb_change_property(m_c, XCB_PROP_MODE_REPLACE, request->requestor, request->property,
+                                m_utf8, 8, uint32_t(m_selected.size()), m_selected.constData());
+            notify.property = request->property;
+        }
+        xcb_send_event(m_c, 0, request->requestor, 0, reinterpret_cast<const char*>(&notify));
+        xcb_flush(m_c);
+    }
+    xcb_atom_t atom(const char* name) {
+        xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
+            m_c, xcb_intern_atom(m_c, 0, uint16_t(strlen(name)), name), nullptr);
+        const xcb_atom_t result = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+        std::free(reply);
+        return result;
+    }
     xcb_keycode_t keycode(xcb_keysym_t symbol) {
         xcb_keycode_t* codes = xcb_key_symbols_get_keycode(m_symbols, symbol);
         const xcb_keycode_t code = codes ? codes[0] : 0;
@@ -118,6 +171,9 @@ private:
     xcb_connection_t* m_c;
     xcb_window_t m_root;
     xcb_key_symbols_t* m_symbols;
+    xcb_window_t m_window = 0;
+    xcb_atom_t m_utf8 = XCB_ATOM_NONE;
+    QByteArray m_selected;
 };
 
 double pssMiB(pid_t pid) {
@@ -140,12 +196,15 @@ double median(std::vector<double> values) {
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: %s SCRIVEL [runs]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s SCRIVEL [runs] [--no-selection]\n", argv[0]);
         return 2;
     }
     const int runs = argc > 2 ? std::atoi(argv[2]) : 5;
+    const bool withSelection = !(argc > 3 && std::strcmp(argv[3], "--no-selection") == 0);
     std::vector<double> tray, memory, firstPanel, warmPanel;
     Display display;
+    if (withSelection)
+        display.selectText("Teh cat sat on teh mat, and teh dog sat beside it.");
 
     for (int run = 0; run < runs; ++run) {
         // A user who has launched before: no first-launch panel.
@@ -178,12 +237,14 @@ int main(int argc, char** argv) {
         display.waitFor([](auto*) { return false; }, int(3000 - msBetween(start, Clock::now())));
         const double pss = pssMiB(pid);
 
+        display.focusOwnWindow();
         const auto pressed = display.pressShortcut();
         const auto mapped = display.waitFor(Display::isMap, 5000);
         display.drain();
         display.pressShortcut();
         display.waitFor(Display::isUnmap, 5000);
         display.drain();
+        display.focusOwnWindow();
         const auto pressedAgain = display.pressShortcut();
         const auto mappedAgain = display.waitFor(Display::isMap, 5000);
 
@@ -201,7 +262,8 @@ int main(int argc, char** argv) {
                     run + 1, tray.back(), memory.back(), firstPanel.back(), warmPanel.back());
     }
     std::printf("median of %d cold starts: start → tray icon %.1f ms; PSS after 3 s %.1f MiB; "
-                "shortcut → panel %.1f ms first, %.1f ms warm\n",
-                runs, median(tray), median(memory), median(firstPanel), median(warmPanel));
+                "shortcut → panel %.1f ms first, %.1f ms warm (%s)\n",
+                runs, median(tray), median(memory), median(firstPanel), median(warmPanel),
+                withSelection ? "a focused window owns a selection" : "no selection");
     return 0;
 }
