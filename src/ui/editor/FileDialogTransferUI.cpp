@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -18,15 +19,18 @@ QString jsonFilter() {
     return tr("JSON files (*.json)");
 }
 
-QString documentsFolder() {
+// Where the dialogs start: the Documents folder when it exists. (Given a
+// folder that does not exist, the dialog opens its parent and types the
+// missing folder's name into the file name field.)
+QString startFolder() {
     const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    return documents.isEmpty() ? QDir::homePath() : documents;
+    return !documents.isEmpty() && QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
 } // namespace
 
 std::optional<QString> FileDialogTransferUI::chooseImportFile() {
-    QFileDialog dialog(m_parent, tr("Import a Scrivel preset pack."), documentsFolder());
+    QFileDialog dialog(m_parent, tr("Import Presets"), startFolder());
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setNameFilter(jsonFilter());
@@ -37,7 +41,7 @@ std::optional<QString> FileDialogTransferUI::chooseImportFile() {
 }
 
 std::optional<QString> FileDialogTransferUI::chooseExportFile(const QString& proposedFileName) {
-    QFileDialog dialog(m_parent, tr("Export presets as a shareable pack."), documentsFolder());
+    QFileDialog dialog(m_parent, tr("Export Presets"), startFolder());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setNameFilter(jsonFilter());
@@ -54,7 +58,7 @@ void FileDialogTransferUI::showFailure(const QString& title, const QString& mess
 
 void FileDialogTransferUI::showFailureAlert(QWidget* parent, const QString& title,
                                             const QString& message) {
-    QMessageBox box(QMessageBox::Warning, title, title, QMessageBox::NoButton, parent);
+    QMessageBox box(QMessageBox::Warning, tr("Scrivel"), title, QMessageBox::NoButton, parent);
     box.setInformativeText(message);
     QPushButton* close = box.addButton(tr("Close"), QMessageBox::AcceptRole);
     box.setDefaultButton(close);

@@ -226,7 +226,7 @@ void MainWindow::showDeleteConfirmation() {
     const std::optional<Preset> pending = m_model.presetPendingDeletion();
     if (!pending)
         return;
-    QMessageBox box(QMessageBox::Warning, MainWindowModel::deleteConfirmationTitle(),
+    QMessageBox box(QMessageBox::Warning, tr("Delete Preset"),
                     MainWindowModel::deleteConfirmationTitle(), QMessageBox::NoButton, this);
     box.setInformativeText(MainWindowModel::deleteConfirmationMessage(*pending));
     QPushButton* remove = box.addButton(tr("Delete Preset"), QMessageBox::DestructiveRole);

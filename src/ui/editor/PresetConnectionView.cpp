@@ -92,7 +92,7 @@ void PresetConnectionView::render() {
 void PresetConnectionView::askToRemoveKey() {
     if (!m_model.isAwaitingKeyRemovalConfirmation())
         return;
-    QMessageBox box(QMessageBox::Warning, PresetEditorModel::keyRemovalTitle(),
+    QMessageBox box(QMessageBox::Warning, tr("Remove API Key"),
                     PresetEditorModel::keyRemovalTitle(), QMessageBox::NoButton,
                     m_apiKeyRow->window());
     box.setInformativeText(PresetEditorModel::keyRemovalMessage(m_model.presetsSharingKey()));

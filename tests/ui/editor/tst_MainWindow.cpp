@@ -11,6 +11,7 @@
 
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -44,6 +45,20 @@ PresetPackDocument pack(const std::optional<QString>& name, int size,
         document.presets.append(item);
     }
     return document;
+}
+
+// The file dialog's name field, as a user types into it.
+QLineEdit* fileNameField(QFileDialog* dialog) {
+    return dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+}
+
+// Types path into the name field and confirms, as a user would. (selectFile()
+// leaves a focused name field as it is.)
+void chooseFile(QFileDialog* dialog, const QString& path) {
+    QLineEdit* field = fileNameField(dialog);
+    QVERIFY(field);
+    field->setText(path);
+    static_cast<QDialog*>(dialog)->accept();
 }
 
 // Whether a label of widget says text.
@@ -168,6 +183,7 @@ void MainWindowTest::deleteConfirmationTexts() {
     ModalScript script({test::answerMessageBox(box, QStringLiteral("Delete Preset"))});
     QTest::mouseClick(m_controller->window()->sidebar()->deleteButton(), Qt::LeftButton);
     QTRY_VERIFY(!m_store->preset(victim.id));
+    QCOMPARE(box.title, QStringLiteral("Delete Preset"));
     QCOMPARE(box.text, QStringLiteral("Delete this preset?"));
     QCOMPARE(box.informative, QStringLiteral("“%1” will be permanently deleted.").arg(victim.name));
     QVERIFY(box.buttons.contains(QStringLiteral("Cancel")));
@@ -243,27 +259,41 @@ void MainWindowTest::packPickerSaysWhenEmptyAndAddsCopies() {
 }
 
 void MainWindowTest::importOfANonPackShowsTheAlertAndChangesNothing() {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("notes.json"));
+    // A home without a Documents folder: the dialog starts in the home
+    // folder itself, with nothing typed for the user.
+    QTemporaryDir home;
+    const QByteArray realHome = qgetenv("HOME");
+    qputenv("HOME", QFile::encodeName(home.path()));
+    auto restoreHome = qScopeGuard([&] { qputenv("HOME", realHome); });
+    const QString path = home.filePath(QStringLiteral("notes.json"));
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("{\"hello\": 1}");
     file.close();
     const QList<Preset> before = m_store->presets();
 
+    QString title;
     QString acceptLabel;
+    QString folder;
+    QString typed;
     test::MessageBoxSeen box;
     ModalScript script({[&](QWidget* modal) {
                             auto* dialog = qobject_cast<QFileDialog*>(modal);
                             QVERIFY(dialog);
+                            title = dialog->windowTitle();
                             acceptLabel = dialog->labelText(QFileDialog::Accept);
-                            dialog->selectFile(path);
-                            static_cast<QDialog*>(dialog)->accept();
+                            folder = dialog->directory().absolutePath();
+                            typed = fileNameField(dialog)->text();
+                            chooseFile(dialog, path);
                         },
                         test::answerMessageBox(box, QStringLiteral("Close"))});
     m_controller->importPresets();
     QTRY_VERIFY(script.done());
+    QCOMPARE(title, QStringLiteral("Import Presets"));
     QCOMPARE(acceptLabel, QStringLiteral("Import"));
+    QCOMPARE(folder, QDir(home.path()).absolutePath());
+    QCOMPARE(typed, QString());
+    QCOMPARE(box.title, QStringLiteral("Scrivel"));
     QCOMPARE(box.text, QStringLiteral("Couldn’t import presets"));
     QCOMPARE(box.informative, QStringLiteral("This file is not a valid Scrivel preset pack."));
     QCOMPARE(box.buttons, QStringList{QStringLiteral("Close")});
@@ -279,10 +309,10 @@ void MainWindowTest::exportProposesThePresetName() {
     ModalScript script({[&](QWidget* modal) {
         auto* dialog = qobject_cast<QFileDialog*>(modal);
         QVERIFY(dialog);
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Export Presets"));
         QCOMPARE(dialog->labelText(QFileDialog::Accept), QStringLiteral("Export"));
-        proposed = QFileInfo(dialog->selectedFiles().value(0)).fileName();
-        dialog->selectFile(folder.filePath(proposed));
-        static_cast<QDialog*>(dialog)->accept();
+        proposed = fileNameField(dialog)->text();
+        chooseFile(dialog, folder.filePath(proposed));
     }});
     m_controller->exportPresets({preset.id});
     QTRY_VERIFY(script.done());
