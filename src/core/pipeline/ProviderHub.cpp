@@ -20,6 +20,11 @@ UnavailableReason noBaseURL() {
         QCoreApplication::translate("ProviderHub", "Set a custom Base URL in Presets"));
 }
 
+UnavailableReason noModel() {
+    return UnavailableReason::misconfigured(
+        QCoreApplication::translate("ProviderHub", "Choose a model in Presets"));
+}
+
 // Spaces and tabs, not line breaks.
 bool isBlankModel(const QString& model) {
     for (const QChar c : model) {
@@ -61,8 +66,7 @@ Future<Reason> ProviderHub::unavailableReason(const Preset& preset) {
     if (!endpoint)
         return Future<Reason>::ready(noBaseURL());
     if (isBlankModel(preset.model))
-        return Future<Reason>::ready(UnavailableReason::misconfigured(
-            QCoreApplication::translate("ProviderHub", "Choose a model in Presets")));
+        return Future<Reason>::ready(noModel());
     const auto policy = endpoint->authenticationPolicy;
     return mapFuture(client(*endpoint).storedAPIKey(), this,
                      [policy](OpenAICompatibleProvider::KeyResult key) -> Reason {
@@ -97,6 +101,12 @@ TransformStream ProviderHub::stream(const Preset& preset, const QString& text) {
     const auto endpoint = resolveEndpoint(preset.providerID, preset.customBaseURL);
     if (!endpoint) {
         writer.fail(TransformFailure::rewrite(RewriteError::modelUnavailable(noBaseURL())));
+        return stream;
+    }
+    // A request without a model would only come back as the provider's own
+    // error (or, from some servers, a reply of their default model).
+    if (isBlankModel(preset.model)) {
+        writer.fail(TransformFailure::rewrite(RewriteError::modelUnavailable(noModel())));
         return stream;
     }
     CompletionInput input{preset.model, preset.instructions, text, preset.reasoningEffort,

@@ -34,7 +34,8 @@ private Q_SLOTS:
     void keychainFailureIsReported();
     void onDeviceNeverTouchesClients();
     void equalEndpointsShareAClient();
-    void streamingWithoutABaseURLFails();
+    void unrunnablePresetFailsBeforeAnyRequest_data();
+    void unrunnablePresetFailsBeforeAnyRequest();
     void onDeviceStreamIsOneCompletedEvent();
 
 private:
@@ -130,15 +131,30 @@ void ProviderHubTest::equalEndpointsShareAClient() {
     QCOMPARE(m_hub->clientCount(), 3);
 }
 
-void ProviderHubTest::streamingWithoutABaseURLFails() {
-    TransformStream stream = m_hub->stream(presetFor("custom", std::nullopt), "text");
+void ProviderHubTest::unrunnablePresetFailsBeforeAnyRequest_data() {
+    QTest::addColumn<Preset>("preset");
+    QTest::addColumn<QString>("reason");
+    const QString noModel = u"Choose a model in Presets"_s;
+    QTest::newRow("no base URL") << presetFor("custom", std::nullopt)
+                                 << u"Set a custom Base URL in Presets"_s;
+    QTest::newRow("empty model") << presetFor("custom", "http://localhost:1/v1", "") << noModel;
+    QTest::newRow("model of spaces") << presetFor("groq", std::nullopt, "  ") << noModel;
+}
+
+void ProviderHubTest::unrunnablePresetFailsBeforeAnyRequest() {
+    QFETCH(Preset, preset);
+    QFETCH(QString, reason);
+    m_modern.items.insert(u"groq"_s, "gsk");
+    TransformStream stream = m_hub->stream(preset, "text");
     std::optional<std::optional<TransformFailure>> end;
     stream.subscribe(
         this, [](const TransformStreamEvent&) {},
         [&](std::optional<TransformFailure> failure) { end = failure; });
     QTRY_VERIFY(end.has_value());
-    QCOMPARE(*end, std::optional(TransformFailure::rewrite(RewriteError::modelUnavailable(
-                       UnavailableReason::misconfigured("Set a custom Base URL in Presets")))));
+    QCOMPARE(*end, std::optional(TransformFailure::rewrite(
+                       RewriteError::modelUnavailable(UnavailableReason::misconfigured(reason)))));
+    // No client was made, so nothing was sent.
+    QCOMPARE(m_hub->clientCount(), 0);
 }
 
 void ProviderHubTest::onDeviceStreamIsOneCompletedEvent() {
