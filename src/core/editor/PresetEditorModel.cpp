@@ -106,8 +106,11 @@ void PresetEditorModel::setDraft(const Preset& draft) {
         return;
     const bool providerChanged = draft.providerID != m_draft.providerID;
     const bool baseURLChanged = draft.customBaseURL != m_draft.customBaseURL;
+    const bool modelChanged = draft.model != m_draft.model;
     m_draft = draft;
     Q_EMIT draftChanged();
+    if (modelChanged)
+        clearStaleTestStatus();
     if (providerChanged) {
         providerDidChange();
         return;
@@ -159,6 +162,7 @@ void PresetEditorModel::writeSnapshot() {
 void PresetEditorModel::providerDidChange() {
     m_baseURLResetTimer.stop();
     m_hasPendingBaseURLReset = false;
+    m_modelAwaitsNewList = false;
     m_apiKeyTimer.stop();
     m_awaitingRemovalConfirmation = false;
     invalidateConnection(true);
@@ -176,8 +180,10 @@ void PresetEditorModel::baseURLDidChange() {
 
 void PresetEditorModel::resetForBaseURL() {
     m_baseURLResetTimer.stop();
-    // The chosen model belonged to the old address.
-    invalidateConnection(true);
+    // The chosen model stays until the new address lists its models: a
+    // corrected typo, or another server of the same models, keeps it.
+    invalidateConnection(false);
+    m_modelAwaitsNewList = true;
     scheduleSave();
     m_hasPendingBaseURLReset = false;
     m_committedKey.clear();
@@ -191,6 +197,7 @@ void PresetEditorModel::invalidateConnection(bool clearModel) {
     m_modelsLoad.cancel();
     setAvailableModels({});
     setConnectionState(PresetConnectionState::disconnected());
+    clearStaleTestStatus();
     if (clearModel && !m_draft.model.isEmpty()) {
         m_draft.model.clear();
         Q_EMIT draftChanged();
@@ -250,6 +257,7 @@ void PresetEditorModel::connectToProvider() {
     m_modelsLoad.then(this, [this, generation, used, account](ModelsResult result) {
         if (generation != m_connectionGeneration || endpoint() != used)
             return;
+        const bool checkModel = std::exchange(m_modelAwaitsNewList, false);
         if (!result) {
             setConnectionState(PresetConnectionState::failed(result.error()));
             return;
@@ -257,6 +265,10 @@ void PresetEditorModel::connectToProvider() {
         cache().store(account, *result);
         setAvailableModels(*result);
         setConnectionState(PresetConnectionState::connected());
+        // After a new base URL, a model the new server does not list belonged
+        // to the old one.
+        if (checkModel && !m_draft.model.isEmpty() && !result->contains(m_draft.model))
+            setModel(QString());
     });
 }
 
@@ -327,6 +339,7 @@ void PresetEditorModel::removeStoredKey() {
         return;
     ++m_connectionGeneration;
     m_modelsLoad.cancel();
+    clearStaleTestStatus();
     const QString account = credentialAccount(*current);
     m_keyRemoval = m_keys.deleteKey(account);
     m_keyRemoval.then(this, [this, account](APIKeyProviding::VoidResult result) {
@@ -481,6 +494,13 @@ void PresetEditorModel::setTestStatus(const std::optional<PresetTestStatus>& sta
         return;
     m_testStatus = status;
     Q_EMIT testStatusChanged();
+}
+
+void PresetEditorModel::clearStaleTestStatus() {
+    // A running test reports on what it was started with; only a finished
+    // one's result goes stale.
+    if (!m_isTesting)
+        setTestStatus(std::nullopt);
 }
 
 void PresetEditorModel::setIsTesting(bool testing) {

@@ -159,6 +159,8 @@ private:
     void setHasStoredCredential(bool stored);
     void setTestStatus(const std::optional<PresetTestStatus>& status);
     void setIsTesting(bool testing);
+    // The last test's result no longer describes the connection.
+    void clearStaleTestStatus();
     PresetModelListCache& cache() const;
 
     Preset m_draft;
@@ -179,6 +181,9 @@ private:
     qint64 m_connectionGeneration = 0;
     bool m_hasPendingBaseURLReset = false;
     bool m_awaitingRemovalConfirmation = false;
+    // The base URL changed: the next model list decides whether the chosen
+    // model is still offered.
+    bool m_modelAwaitsNewList = false;
 
     // The pending save and its snapshot, the base-URL pause, the key pause.
     QTimer m_saveTimer;

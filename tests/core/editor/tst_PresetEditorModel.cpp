@@ -52,6 +52,10 @@ private Q_SLOTS:
     void pendingSaveIsWrittenWhenTheEditorGoesAway();
     void providerSwitchClearsAtOnceAndSavesEmptyModel();
     void baseURLEditResetsAfterThePauseAndLoadsThatAddressKey();
+    void baseURLEditKeepsAModelTheNewListHolds_data();
+    void baseURLEditKeepsAModelTheNewListHolds();
+    void connectionChangeClearsTheTestResult_data();
+    void connectionChangeClearsTheTestResult();
     void invalidBaseURLNeverConnects();
     void lateModelListIsDropped_data();
     void lateModelListIsDropped();
@@ -194,7 +198,6 @@ void PresetEditorModelTest::baseURLEditResetsAfterThePauseAndLoadsThatAddressKey
     QVERIFY(model->hasPendingBaseURLReset());
     QCOMPARE(model->draft().model, QStringLiteral("llama"));
     QTRY_VERIFY_WITH_TIMEOUT(!model->hasPendingBaseURLReset(), settleMs);
-    QCOMPARE(model->draft().model, QString());
     QTRY_COMPARE(model->apiKey(), QStringLiteral("other-key"));
     QVERIFY(model->hasStoredCredential());
     // One reconnection for the whole burst, to the new address.
@@ -203,7 +206,77 @@ void PresetEditorModelTest::baseURLEditResetsAfterThePauseAndLoadsThatAddressKey
     QCOMPARE(m_loads.size(), 2);
     QCOMPARE(m_loads.last().endpoint.baseURL, QUrl(otherURL));
     QCOMPARE(m_store->preset(preset.id)->customBaseURL, otherURL);
-    QCOMPARE(m_store->preset(preset.id)->model, QString());
+}
+
+void PresetEditorModelTest::baseURLEditKeepsAModelTheNewListHolds_data() {
+    QTest::addColumn<int>("answer"); // 0: no answer yet, 1: a list, 2: a failure
+    QTest::addColumn<QStringList>("listed");
+    QTest::addColumn<QString>("kept");
+    const QString llama = QStringLiteral("llama");
+    QTest::newRow("listed again") << 1 << QStringList{QStringLiteral("qwen"), llama} << llama;
+    QTest::newRow("list not loaded") << 0 << QStringList() << llama;
+    QTest::newRow("list failed") << 2 << QStringList() << llama;
+    QTest::newRow("not listed there") << 1 << QStringList{QStringLiteral("qwen")} << QString();
+}
+
+void PresetEditorModelTest::baseURLEditKeepsAModelTheNewListHolds() {
+    QFETCH(int, answer);
+    QFETCH(QStringList, listed);
+    QFETCH(QString, kept);
+    const Preset preset =
+        stored(QStringLiteral("Local"), customProviderID(), QStringLiteral("llama"), localURL);
+    auto model = open(preset);
+    QTRY_COMPARE(m_loads.size(), 1);
+    m_loads.first().promise.resolve(QStringList{QStringLiteral("llama")});
+
+    // Away and back again, as when a typo in the address is corrected.
+    model->setCustomBaseURL(otherURL);
+    QTRY_COMPARE_WITH_TIMEOUT(m_loads.size(), 2, settleMs);
+    model->setCustomBaseURL(localURL);
+    QTRY_COMPARE_WITH_TIMEOUT(m_loads.size(), 3, settleMs);
+    QCOMPARE(model->draft().model, QStringLiteral("llama"));
+    if (answer == 1)
+        m_loads.last().promise.resolve(listed);
+    else if (answer == 2)
+        m_loads.last().promise.resolve(std::unexpected(
+            ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::network)));
+    QTest::qWait(settleMs);
+    QCOMPARE(model->draft().model, kept);
+    QTRY_COMPARE_WITH_TIMEOUT(m_store->preset(preset.id)->model, kept, settleMs);
+    QCOMPARE(m_store->preset(preset.id)->customBaseURL, localURL);
+}
+
+void PresetEditorModelTest::connectionChangeClearsTheTestResult_data() {
+    QTest::addColumn<QString>("change");
+    QTest::newRow("provider") << "provider";
+    QTest::newRow("base URL") << "base URL";
+    QTest::newRow("model") << "model";
+    QTest::newRow("key typed") << "key typed";
+    QTest::newRow("key removed") << "key removed";
+}
+
+void PresetEditorModelTest::connectionChangeClearsTheTestResult() {
+    QFETCH(QString, change);
+    auto model = open(stored(QStringLiteral("Local"), customProviderID(), QStringLiteral("llama"),
+                             localURL, QStringLiteral("sk")));
+    QTRY_VERIFY(model->hasStoredCredential());
+    model->runTest();
+    QTRY_COMPARE(m_tests.size(), 1);
+    m_tests.first().promise.resolve(QStringLiteral("fixed"));
+    QTRY_VERIFY(model->testStatus().has_value());
+
+    if (change == QStringLiteral("provider"))
+        model->setProviderID(openai);
+    else if (change == QStringLiteral("base URL"))
+        model->setCustomBaseURL(otherURL);
+    else if (change == QStringLiteral("model"))
+        model->setModel(QStringLiteral("qwen"));
+    else if (change == QStringLiteral("key typed"))
+        model->setAPIKey(QStringLiteral("sk-new"));
+    else
+        model->removeStoredKey();
+    // "Works" spoke of what was there before; it goes once the change applies.
+    QTRY_VERIFY_WITH_TIMEOUT(!model->testStatus().has_value(), settleMs);
 }
 
 void PresetEditorModelTest::invalidBaseURLNeverConnects() {
