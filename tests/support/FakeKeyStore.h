@@ -6,6 +6,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 namespace scrivel::test {
 
@@ -27,12 +28,23 @@ public:
 
     // Operations of a kind that were asked for, in order.
     QList<Operation> operations(Operation::Kind kind) const;
+    // While holding, operations take effect and answer only when released
+    // (a keyring waiting on its unlock prompt); never, if never released.
+    bool holding = false;
+    int heldCount() const { return int(m_held.size()); }
+    void releaseHeld();
 
     QHash<QString, QString> keys;
     QList<Operation> log;
     bool failReads = false;
     bool failSaves = false;
     bool failDeletes = false;
+
+private:
+    template <typename Result>
+    Future<Result> answer(std::function<Result()> operation);
+
+    QList<std::function<void()>> m_held;
 };
 
 } // namespace scrivel::test

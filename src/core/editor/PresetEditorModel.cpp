@@ -315,7 +315,6 @@ void PresetEditorModel::commitKey() {
     const QString account = credentialAccount(*current);
     m_keyCommit = m_keys.saveKey(key, account);
     m_keyCommit.then(this, [this, key, account](APIKeyProviding::VoidResult result) {
-        const bool testWaits = std::exchange(m_testWaitsForKeyCommit, false);
         const std::optional<ProviderEndpoint> now = endpoint();
         if (now && credentialAccount(*now) == account) {
             if (result) {
@@ -327,8 +326,7 @@ void PresetEditorModel::commitKey() {
                 setConnectionState(PresetConnectionState::keyNotSaved(result.error()));
             }
         }
-        if (testWaits)
-            startTest();
+        startWaitingTest();
     });
 }
 
@@ -349,16 +347,17 @@ void PresetEditorModel::removeStoredKey() {
             if (sameAccount)
                 setConnectionState(PresetConnectionState::failed(
                     ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain)));
-            return;
+        } else {
+            cache().remove(account);
+            if (sameAccount) {
+                setHasStoredCredential(false);
+                m_committedKey.clear();
+                setAPIKeyField({});
+                setAvailableModels({});
+                setConnectionState(PresetConnectionState::disconnected());
+            }
         }
-        cache().remove(account);
-        if (!sameAccount)
-            return;
-        setHasStoredCredential(false);
-        m_committedKey.clear();
-        setAPIKeyField({});
-        setAvailableModels({});
-        setConnectionState(PresetConnectionState::disconnected());
+        startWaitingTest();
     });
 }
 
@@ -378,22 +377,48 @@ bool PresetEditorModel::canRunTest() const {
     return m_draft.providerID == customProviderID();
 }
 
+namespace {
+
+template <typename T>
+bool isPending(const Future<T>& future) {
+    return future.isValid() && !future.isDelivered() && !future.isCancelled();
+}
+
+} // namespace
+
 void PresetEditorModel::runTest() {
     m_test.cancel();
-    m_testWaitsForKeyCommit = false;
+    m_testWaitsForKeyStore = false;
     setTestStatus(std::nullopt);
     setIsTesting(true);
     // The test runs with what the user typed last: a pause still running ends
-    // now, and a key on its way to the store is waited for.
+    // now, and a key on its way to (or out of) the store is waited for, so
+    // the provider is not asked with the key that was there before.
     if (m_baseURLResetTimer.isActive())
         resetForBaseURL();
     if (m_apiKeyTimer.isActive())
         commitKey();
-    if (m_keyCommit.isValid() && !m_keyCommit.isDelivered() && !m_keyCommit.isCancelled()) {
-        m_testWaitsForKeyCommit = true;
+    if (isPending(m_keyCommit) || isPending(m_keyRemoval)) {
+        m_testWaitsForKeyStore = true;
         return;
     }
     startTest();
+}
+
+void PresetEditorModel::startWaitingTest() {
+    if (!m_testWaitsForKeyStore || isPending(m_keyCommit) || isPending(m_keyRemoval))
+        return;
+    m_testWaitsForKeyStore = false;
+    startTest();
+}
+
+void PresetEditorModel::cancelTest() {
+    if (!m_isTesting)
+        return;
+    m_test.cancel();
+    m_testWaitsForKeyStore = false;
+    setTestStatus(PresetTestStatus::failed(TransformFailure::cancelled()));
+    setIsTesting(false);
 }
 
 void PresetEditorModel::startTest() {

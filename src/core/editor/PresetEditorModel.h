@@ -103,6 +103,9 @@ public:
 
     bool canRunTest() const;
     void runTest();
+    // Stops a running test (or one waiting for the key store); the result
+    // reads "Test cancelled.".
+    void cancelTest();
 
     // The other presets, in store order, that use the same stored key.
     QList<Preset> presetsSharingKey() const;
@@ -152,6 +155,8 @@ private:
     void connectToProvider();
     void commitKey();
     void startTest();
+    // Starts the test that waits for the key store, once nothing is pending.
+    void startWaitingTest();
 
     void setAvailableModels(const QStringList& models);
     void setConnectionState(const PresetConnectionState& state);
@@ -197,8 +202,8 @@ private:
     Future<APIKeyProviding::VoidResult> m_keyRemoval;
     Future<ModelsResult> m_modelsLoad;
     Future<TestResult> m_test;
-    // A test waits for the key commit it asked to finish.
-    bool m_testWaitsForKeyCommit = false;
+    // A test waits for the key commit or removal still on its way.
+    bool m_testWaitsForKeyStore = false;
 };
 
 } // namespace scrivel

@@ -86,6 +86,10 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     m_testProgress->setMaximumHeight(10);
     m_testProgress->setAccessibleName(tr("Running test"));
     m_testProgressLabel = new QLabel(tr("Running test"), m_testRow);
+    // A server that never answers would otherwise hold the test until the
+    // request times out.
+    m_cancelTest = new QPushButton(tr("Cancel"), m_testRow);
+    m_cancelTest->setToolTip(tr("Stop the test"));
     m_testStatus = new QLabel(m_testRow);
     m_testStatus->setWordWrap(true);
     m_testStatus->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -93,6 +97,7 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     testRowLayout->setContentsMargins(0, 0, 0, 0);
     testRowLayout->addWidget(m_testProgress);
     testRowLayout->addWidget(m_testProgressLabel);
+    testRowLayout->addWidget(m_cancelTest);
     testRowLayout->addWidget(m_testStatus, 1);
     m_modelForm->addRow(tr("Test"), m_testRow);
     m_footer = secondaryLabel(modelBox);
@@ -123,6 +128,7 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     connect(m_modelPicker, &QComboBox::activated, this,
             [this](int index) { m_model.setModel(m_modelPicker->itemData(index).toString()); });
     connect(m_test, &QPushButton::clicked, &m_model, &PresetEditorModel::runTest);
+    connect(m_cancelTest, &QPushButton::clicked, &m_model, &PresetEditorModel::cancelTest);
     connect(m_instructions, &InstructionsEditor::edited, &m_model,
             &PresetEditorModel::setInstructions);
     connect(m_connection, &PresetConnectionView::modelsStatusChanged, this,
@@ -202,6 +208,7 @@ void PresetEditorView::render() {
     const bool testing = m_model.isTesting();
     m_testProgress->setVisible(testing);
     m_testProgressLabel->setVisible(testing);
+    m_cancelTest->setVisible(testing);
     m_testStatus->setVisible(!testing);
     m_testStatus->setText(m_model.testStatus() ? m_model.testStatus()->text() : QString());
     m_modelForm->setRowVisible(m_testRow, testing || m_model.testStatus().has_value());

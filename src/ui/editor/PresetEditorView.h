@@ -44,6 +44,8 @@ public:
     PresetConnectionView* connectionView() const { return m_connection; }
     QComboBox* modelPicker() const { return m_modelPicker; }
     QPushButton* testButton() const { return m_test; }
+    // Shown while a test runs.
+    QPushButton* testCancelButton() const { return m_cancelTest; }
     QLabel* testStatus() const { return m_testStatus; }
     QLabel* footer() const { return m_footer; }
     InstructionsEditor* instructions() const { return m_instructions; }
@@ -71,6 +73,7 @@ private:
     QWidget* m_testRow;
     QProgressBar* m_testProgress;
     QLabel* m_testProgressLabel;
+    QPushButton* m_cancelTest;
     QLabel* m_testStatus;
     QLabel* m_footer;
     InstructionsEditor* m_instructions;

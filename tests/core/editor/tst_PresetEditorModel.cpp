@@ -67,6 +67,8 @@ private Q_SLOTS:
     void testOutcomes();
     void testWithoutModelNeedsNoRequest();
     void testWaitsForTheKeyJustTyped();
+    void testWaitsForAPendingKeyRemoval();
+    void cancelEndsARunningTest();
     void keyCommitTrimsAndReconnects();
     void failedKeySaveKeepsTheSavedKey();
     void clearingTheKey_data();
@@ -444,6 +446,39 @@ void PresetEditorModelTest::testWaitsForTheKeyJustTyped() {
     QCOMPARE(m_keys.keys.value(openai), QStringLiteral("sk-typed"));
     QCOMPARE(m_keys.operations(Op::save).size(), 1);
     QCOMPARE(m_tests.first().preset.model, QStringLiteral("gpt"));
+}
+
+void PresetEditorModelTest::testWaitsForAPendingKeyRemoval() {
+    const Preset preset = stored(QStringLiteral("P"), openai, QStringLiteral("gpt"), std::nullopt,
+                                 QStringLiteral("sk"));
+    auto model = open(preset);
+    QTRY_VERIFY(model->hasStoredCredential());
+    // The keyring takes its time: the removal is still on its way when Test
+    // is pressed right after emptying the field.
+    m_keys.holding = true;
+    model->setAPIKey(QString());
+    model->runTest();
+    QTRY_COMPARE(m_keys.operations(Op::remove).size(), 1);
+    QTest::qWait(settleMs);
+    QVERIFY(m_tests.isEmpty());
+    QVERIFY(model->isTesting());
+    m_keys.releaseHeld();
+    QTRY_COMPARE(m_tests.size(), 1);
+    QVERIFY(!m_keys.keys.contains(openai));
+}
+
+void PresetEditorModelTest::cancelEndsARunningTest() {
+    auto model =
+        open(stored(QStringLiteral("P"), customProviderID(), QStringLiteral("llama"), localURL));
+    model->runTest();
+    QTRY_COMPARE(m_tests.size(), 1);
+    bool cancelled = false;
+    m_tests.first().promise.onCancel([&] { cancelled = true; });
+    model->cancelTest();
+    QVERIFY(cancelled);
+    QVERIFY(!model->isTesting());
+    QCOMPARE(model->testStatus()->text(), QStringLiteral("Test cancelled."));
+    QVERIFY(model->canRunTest());
 }
 
 void PresetEditorModelTest::keyCommitTrimsAndReconnects() {

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void sharedKeyConfirmation_data();
     void sharedKeyConfirmation();
     void modelPickerKeepsTheChosenModel();
+    void aRunningTestCanBeCancelled();
 
 private:
     std::unique_ptr<PresetEditorView> open(const Preset& preset, std::function<void()> onUse = {});
@@ -40,6 +41,9 @@ private:
     test::FakeKeyStore m_keys;
     PresetModelListCache m_cache;
     std::unique_ptr<PresetEditorModel> m_model;
+    // A provider that never answers.
+    bool m_testsHang = false;
+    QList<Promise<PresetEditorModel::TestResult>> m_pendingTests;
 };
 
 void PresetEditorViewTest::init() {
@@ -47,6 +51,8 @@ void PresetEditorViewTest::init() {
     m_store = std::make_unique<PresetStore>(*m_settings);
     m_keys = test::FakeKeyStore();
     m_cache.clear();
+    m_testsHang = false;
+    m_pendingTests.clear();
 }
 
 std::unique_ptr<PresetEditorView> PresetEditorViewTest::open(const Preset& preset,
@@ -57,8 +63,11 @@ std::unique_ptr<PresetEditorView> PresetEditorViewTest::open(const Preset& prese
         [](const ProviderEndpoint&, const std::optional<QString>&) {
             return Future<PresetEditorModel::ModelsResult>::ready(QStringList{"model-a"});
         },
-        [](const Preset&, const QString&) {
-            return Future<PresetEditorModel::TestResult>::ready(QStringLiteral("ok"));
+        [this](const Preset&, const QString&) {
+            if (!m_testsHang)
+                return Future<PresetEditorModel::TestResult>::ready(QStringLiteral("ok"));
+            m_pendingTests.append(Promise<PresetEditorModel::TestResult>());
+            return m_pendingTests.last().future();
         },
         PresetEditorModel::Options{std::chrono::milliseconds(20), &m_cache});
     auto view = std::make_unique<PresetEditorView>(*m_model, std::move(onUse));
@@ -212,6 +221,23 @@ void PresetEditorViewTest::modelPickerKeepsTheChosenModel() {
     picker->setCurrentIndex(2);
     Q_EMIT picker->activated(2);
     QCOMPARE(m_model->draft().model, QStringLiteral("model-a"));
+}
+
+void PresetEditorViewTest::aRunningTestCanBeCancelled() {
+    m_testsHang = true;
+    auto view = open(stored(QStringLiteral("P"), customProviderID(), QStringLiteral("model-a")));
+    QTRY_VERIFY(view->testButton()->isEnabled());
+    QPushButton* cancel = view->testCancelButton();
+    QVERIFY(!cancel->isVisible());
+    QTest::mouseClick(view->testButton(), Qt::LeftButton);
+    QTRY_COMPARE(m_pendingTests.size(), 1);
+    QVERIFY(cancel->isVisible());
+    QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
+    QTest::mouseClick(cancel, Qt::LeftButton);
+    QVERIFY(!cancel->isVisible());
+    QVERIFY(view->testStatus()->isVisible());
+    QCOMPARE(view->testStatus()->text(), QStringLiteral("Test cancelled."));
+    QVERIFY(view->testButton()->isEnabled());
 }
 
 QTEST_MAIN(PresetEditorViewTest)
