@@ -32,14 +32,31 @@ public:
         return state;
     }
 
+    // The key store failed to read or remove a key; a store that gave no
+    // answer says so, since unlocking it is what helps.
+    static PresetConnectionState keyStoreFailed(const KeychainError& error) {
+        PresetConnectionState state =
+            failed(ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain));
+        if (error.isNoAnswer())
+            state.m_reason = noAnswerMessage();
+        return state;
+    }
+
     // A key the store would not save; a key it refused as malformed says why,
-    // any other failure is the keychain's sentence. The stored key stays.
+    // any other failure is the keychain's sentence. The stored key stays,
+    // unless the store gave no answer: then nobody knows.
     static PresetConnectionState keyNotSaved(const KeychainError& error) {
+        if (error.isNoAnswer())
+            return keyStoreFailed(error);
         PresetConnectionState state =
             failed(ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain), true);
         if (error.kind() == KeychainError::Kind::invalidKey)
             state.m_reason = error.saveMessage();
         return state;
+    }
+
+    static QString noAnswerMessage() {
+        return tr("Keychain didn’t answer in time. Unlock it and try again.");
     }
 
     Kind kind() const { return m_kind; }

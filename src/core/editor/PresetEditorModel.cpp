@@ -5,6 +5,7 @@
 #include "core/pipeline/ProviderHub.h"
 #include "core/presets/PresetStore.h"
 #include "core/providers/ProviderCatalog.h"
+#include "core/support/Sleep.h"
 
 #include <memory>
 
@@ -18,6 +19,31 @@ QString trimmed(const QString& text) {
 
 bool isOnDevice(const Preset& preset) {
     return preset.providerID == Preset::onDeviceProviderID();
+}
+
+// The key store's answer, or onSilence once limit has passed without one (the
+// request itself is then dropped). The stores have time-outs of their own;
+// this bound holds whatever store the editor is given.
+template <typename T>
+Future<T> answerWithin(Future<T> request, QObject* context, std::chrono::milliseconds limit,
+                       T onSilence) {
+    Promise<T> promise;
+    Future<T> answer = promise.future();
+    auto held = std::make_shared<Future<T>>(std::move(request));
+    auto deadline = std::make_shared<SleepFuture>(timerSleep(limit));
+    promise.onCancel([held, deadline] {
+        held->cancel();
+        deadline->cancel();
+    });
+    held->then(context, [promise, deadline](T value) {
+        deadline->cancel();
+        promise.resolve(std::move(value));
+    });
+    deadline->then(context, [promise, held, onSilence](std::monostate) {
+        held->cancel();
+        promise.resolve(onSilence);
+    });
+    return answer;
 }
 
 } // namespace
@@ -212,14 +238,15 @@ void PresetEditorModel::loadStoredKeyAndConnect() {
     if (!current)
         return;
     const QString account = credentialAccount(*current);
-    m_keyLoad = m_keys.readKey(account);
+    m_keyLoad = answerWithin(m_keys.readKey(account), this, m_options.keyStoreTimeout,
+                             APIKeyProviding::KeyResult(std::unexpected(
+                                 KeychainError::readFailed(KeychainError::noAnswer))));
     m_keyLoad.then(this, [this, account](APIKeyProviding::KeyResult result) {
         const std::optional<ProviderEndpoint> now = endpoint();
         if (!now || credentialAccount(*now) != account)
             return;
         if (!result) {
-            setConnectionState(PresetConnectionState::failed(
-                ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain)));
+            setConnectionState(PresetConnectionState::keyStoreFailed(result.error()));
             return;
         }
         const QString stored = result->value_or(QString());
@@ -313,7 +340,9 @@ void PresetEditorModel::commitKey() {
     if (key == m_committedKey)
         return;
     const QString account = credentialAccount(*current);
-    m_keyCommit = m_keys.saveKey(key, account);
+    m_keyCommit = answerWithin(m_keys.saveKey(key, account), this, m_options.keyStoreTimeout,
+                               APIKeyProviding::VoidResult(std::unexpected(
+                                   KeychainError::saveFailed(KeychainError::noAnswer))));
     m_keyCommit.then(this, [this, key, account](APIKeyProviding::VoidResult result) {
         const std::optional<ProviderEndpoint> now = endpoint();
         if (now && credentialAccount(*now) == account) {
@@ -326,7 +355,7 @@ void PresetEditorModel::commitKey() {
                 setConnectionState(PresetConnectionState::keyNotSaved(result.error()));
             }
         }
-        startWaitingTest();
+        startWaitingTest(result.has_value());
     });
 }
 
@@ -339,14 +368,15 @@ void PresetEditorModel::removeStoredKey() {
     m_modelsLoad.cancel();
     clearStaleTestStatus();
     const QString account = credentialAccount(*current);
-    m_keyRemoval = m_keys.deleteKey(account);
+    m_keyRemoval = answerWithin(m_keys.deleteKey(account), this, m_options.keyStoreTimeout,
+                                APIKeyProviding::VoidResult(std::unexpected(
+                                    KeychainError::deleteFailed(KeychainError::noAnswer))));
     m_keyRemoval.then(this, [this, account](APIKeyProviding::VoidResult result) {
         const std::optional<ProviderEndpoint> now = endpoint();
         const bool sameAccount = now && credentialAccount(*now) == account;
         if (!result) {
             if (sameAccount)
-                setConnectionState(PresetConnectionState::failed(
-                    ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain)));
+                setConnectionState(PresetConnectionState::keyStoreFailed(result.error()));
         } else {
             cache().remove(account);
             if (sameAccount) {
@@ -357,7 +387,7 @@ void PresetEditorModel::removeStoredKey() {
                 setConnectionState(PresetConnectionState::disconnected());
             }
         }
-        startWaitingTest();
+        startWaitingTest(result.has_value());
     });
 }
 
@@ -405,8 +435,19 @@ void PresetEditorModel::runTest() {
     startTest();
 }
 
-void PresetEditorModel::startWaitingTest() {
-    if (!m_testWaitsForKeyStore || isPending(m_keyCommit) || isPending(m_keyRemoval))
+void PresetEditorModel::startWaitingTest(bool keyStoreSucceeded) {
+    if (!m_testWaitsForKeyStore)
+        return;
+    if (!keyStoreSucceeded) {
+        // Testing now would use whichever key the store still holds, not the
+        // one the user just typed or removed; the test says what went wrong.
+        m_testWaitsForKeyStore = false;
+        setTestStatus(PresetTestStatus::failed(
+            TransformFailure::rewrite(RewriteError::modelFailed(m_connectionState.message()))));
+        setIsTesting(false);
+        return;
+    }
+    if (isPending(m_keyCommit) || isPending(m_keyRemoval))
         return;
     m_testWaitsForKeyStore = false;
     startTest();

@@ -48,6 +48,9 @@ public:
         std::chrono::milliseconds debounce{350};
         // The process-wide cache unless a test gives its own.
         PresetModelListCache* cache = nullptr;
+        // How long the editor waits for the key store before it says that
+        // the keychain did not answer (beyond the store's own time-outs).
+        std::chrono::milliseconds keyStoreTimeout{20000};
     };
 
     // The fixed input of a test run.
@@ -155,8 +158,9 @@ private:
     void connectToProvider();
     void commitKey();
     void startTest();
-    // Starts the test that waits for the key store, once nothing is pending.
-    void startWaitingTest();
+    // Starts the test that waits for the key store once nothing is pending,
+    // or ends it when the key store failed.
+    void startWaitingTest(bool keyStoreSucceeded);
 
     void setAvailableModels(const QStringList& models);
     void setConnectionState(const PresetConnectionState& state);

@@ -23,6 +23,9 @@ public:
     // The store's data cannot be read at all (a damaged key file): nothing in
     // it can be found, and nothing is written over it.
     static constexpr int unreadableStore = -25295;
+    // The store gave no answer in time: it waits on an unlock prompt that was
+    // dismissed or never shown, or the service behind it hangs.
+    static constexpr int noAnswer = -25308;
 
     static KeychainError readFailed(int status) { return {Kind::readFailed, status}; }
     static KeychainError saveFailed(int status) { return {Kind::saveFailed, status}; }
@@ -34,6 +37,7 @@ public:
     // The status code; invalidData and invalidKey have none.
     int status() const { return m_status; }
     bool hasStatus() const { return m_kind != Kind::invalidData && m_kind != Kind::invalidKey; }
+    bool isNoAnswer() const { return hasStatus() && m_status == noAnswer; }
 
     // What a person saving a key is told: why the key was refused, or that
     // the credential store could not be reached.

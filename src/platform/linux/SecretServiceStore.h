@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/providers/KeychainError.h"
 #include "core/storage/SecretStore.h"
 
 #include <QObject>
@@ -28,7 +29,7 @@ public:
     // Status codes for failures QtKeychain reports.
     static constexpr int notAvailable = -25291;
     static constexpr int authorizationFailed = -25293;
-    static constexpr int interactionNotAllowed = -25308; // also: the job timed out
+    static constexpr int interactionNotAllowed = KeychainError::noAnswer; // also: the job timed out
     static constexpr int internalError = -26276;
     // The account's item is in a collection that stayed locked.
     static constexpr int locked = -25315;

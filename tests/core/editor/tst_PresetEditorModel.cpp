@@ -69,6 +69,8 @@ private Q_SLOTS:
     void testWaitsForTheKeyJustTyped();
     void testWaitsForAPendingKeyRemoval();
     void cancelEndsARunningTest();
+    void aKeychainThatNeverAnswersEndsEveryWait_data();
+    void aKeychainThatNeverAnswersEndsEveryWait();
     void keyCommitTrimsAndReconnects();
     void failedKeySaveKeepsTheSavedKey();
     void clearingTheKey_data();
@@ -106,6 +108,7 @@ private:
     QList<Load> m_loads;
     QList<Test> m_tests;
     int m_changes = 0;
+    std::chrono::milliseconds m_keyStoreTimeout{20000};
 };
 
 void PresetEditorModelTest::init() {
@@ -116,6 +119,7 @@ void PresetEditorModelTest::init() {
     m_loads.clear();
     m_tests.clear();
     m_changes = 0;
+    m_keyStoreTimeout = std::chrono::milliseconds(20000);
 }
 
 std::unique_ptr<PresetEditorModel> PresetEditorModelTest::open(const Preset& preset) {
@@ -133,7 +137,8 @@ std::unique_ptr<PresetEditorModel> PresetEditorModelTest::open(const Preset& pre
     };
     return std::make_unique<PresetEditorModel>(
         preset, *m_store, [this] { ++m_changes; }, m_keys, loader, tester,
-        PresetEditorModel::Options{std::chrono::milliseconds(debounceMs), &m_cache});
+        PresetEditorModel::Options{std::chrono::milliseconds(debounceMs), &m_cache,
+                                   m_keyStoreTimeout});
 }
 
 void PresetEditorModelTest::burstOfEditsSavesOnceWithTheLastState() {
@@ -479,6 +484,45 @@ void PresetEditorModelTest::cancelEndsARunningTest() {
     QVERIFY(!model->isTesting());
     QCOMPARE(model->testStatus()->text(), QStringLiteral("Test cancelled."));
     QVERIFY(model->canRunTest());
+}
+
+void PresetEditorModelTest::aKeychainThatNeverAnswersEndsEveryWait_data() {
+    QTest::addColumn<QString>("wait");
+    QTest::newRow("reading the key") << "read";
+    QTest::newRow("saving a key") << "save";
+    QTest::newRow("removing the key") << "remove";
+    QTest::newRow("a test waiting for a save") << "test";
+}
+
+void PresetEditorModelTest::aKeychainThatNeverAnswersEndsEveryWait() {
+    QFETCH(QString, wait);
+    const QString noAnswer =
+        QStringLiteral("Keychain didn’t answer in time. Unlock it and try again.");
+    const Preset preset = stored(QStringLiteral("P"), openai, QStringLiteral("gpt"), std::nullopt,
+                                 QStringLiteral("sk"));
+    // A dismissed unlock prompt, or a Secret Service that hangs: nothing
+    // ever comes back.
+    m_keys.holding = wait == QStringLiteral("read");
+    m_keyStoreTimeout = std::chrono::milliseconds(150);
+    auto model = open(preset);
+    if (wait != QStringLiteral("read")) {
+        QTRY_VERIFY(model->hasStoredCredential());
+        m_keys.holding = true;
+    }
+    if (wait == QStringLiteral("save") || wait == QStringLiteral("test"))
+        model->setAPIKey(QStringLiteral("sk-new"));
+    else if (wait == QStringLiteral("remove"))
+        model->removeStoredKey();
+    if (wait == QStringLiteral("test"))
+        model->runTest();
+
+    QTRY_COMPARE_WITH_TIMEOUT(model->connectionState().message(), noAnswer, 2000);
+    QVERIFY(m_keys.heldCount() > 0);
+    if (wait == QStringLiteral("test")) {
+        QTRY_VERIFY(!model->isTesting());
+        QCOMPARE(model->testStatus()->text(), noAnswer);
+        QVERIFY(m_tests.isEmpty());
+    }
 }
 
 void PresetEditorModelTest::keyCommitTrimsAndReconnects() {
