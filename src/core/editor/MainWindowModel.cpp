@@ -82,7 +82,7 @@ QString MainWindowModel::deleteConfirmationTitle() {
 }
 
 QString MainWindowModel::deleteConfirmationMessage(const Preset& preset) {
-    return tr("“%1” will be permanently deleted.").arg(preset.name);
+    return tr("“%1” will be permanently deleted.").arg(preset.displayName());
 }
 
 bool MainWindowModel::canExportSelected() const {

@@ -502,10 +502,11 @@ QString PresetEditorModel::keyRemovalMessage(const QList<Preset>& sharing) {
     if (sharing.isEmpty())
         return tr("No other preset uses this key.");
     if (sharing.size() == 1)
-        return tr("“%1” also uses this key and will stop working.").arg(sharing.first().name);
+        return tr("“%1” also uses this key and will stop working.")
+            .arg(sharing.first().displayName());
     QStringList names;
     for (const Preset& preset : sharing)
-        names.append(preset.name);
+        names.append(preset.displayName());
     return QString::number(sharing.size()) +
            tr(" other presets use this key and will stop working: ") +
            names.join(QStringLiteral(", ")) + QStringLiteral(".");

@@ -254,8 +254,8 @@ Future<RewriteCoordinator::Result> RewriteCoordinator::rewrite(const QString& in
 }
 
 Future<QString> RewriteCoordinator::readinessLine(const std::optional<Preset>& preset) {
-    const QString name =
-        preset ? preset->name : QCoreApplication::translate("RewriteCoordinator", "No preset");
+    const QString name = preset ? preset->displayName()
+                                : QCoreApplication::translate("RewriteCoordinator", "No preset");
     return mapFuture(
         unavailableReason(preset), this, [name](const std::optional<UnavailableReason>& reason) {
             if (!reason)

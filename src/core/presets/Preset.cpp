@@ -4,6 +4,7 @@
 
 #include "core/support/JsonWriter.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -11,6 +12,12 @@
 #include <QRegularExpression>
 
 namespace scrivel {
+
+QString Preset::displayName() const {
+    if (name.trimmed().isEmpty())
+        return QCoreApplication::translate("Preset", "Untitled Preset");
+    return name;
+}
 
 namespace {
 

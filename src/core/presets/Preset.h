@@ -35,6 +35,10 @@ struct Preset {
     std::optional<double> temperature;
     bool validatesEdits = false;
 
+    // The name as lists show it: "Untitled Preset" for a name that is empty
+    // or blank. The name itself stays as the user typed it.
+    QString displayName() const;
+
     // The providerID of the operating system's on-device model.
     static QString onDeviceProviderID() { return QStringLiteral("onDevice"); }
 

@@ -51,7 +51,8 @@ QList<StatusItemModel::PresetMenuItem> StatusItemModel::presetMenu() const {
     const std::optional<Preset> active = m_presets.activePreset();
     QList<PresetMenuItem> items;
     for (const Preset& preset : m_presets.presets())
-        items.append({preset.name, Preset::idText(preset.id), active && active->id == preset.id});
+        items.append(
+            {preset.displayName(), Preset::idText(preset.id), active && active->id == preset.id});
     return items;
 }
 

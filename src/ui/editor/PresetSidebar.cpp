@@ -146,14 +146,14 @@ void PresetSidebar::rebuild() {
     heading->setFlags(Qt::ItemIsEnabled | Qt::ItemIsDropEnabled);
     for (const Preset& preset : m_model.store().presets()) {
         const bool active = m_model.isActive(preset.id);
-        auto* row = new QListWidgetItem(preset.name, m_list);
+        auto* row = new QListWidgetItem(preset.displayName(), m_list);
         row->setData(PresetSidebarList::kindRole, int(RowKind::preset));
         row->setData(PresetSidebarList::idRole, preset.id);
         row->setData(PresetSidebarList::subtitleRole, MainWindowModel::sidebarSubtitle(preset));
         row->setData(PresetSidebarList::activeRole, active);
         row->setToolTip(MainWindowModel::sidebarTooltip(active));
-        row->setData(Qt::AccessibleTextRole,
-                     preset.name + QStringLiteral(", ") + MainWindowModel::sidebarSubtitle(preset));
+        row->setData(Qt::AccessibleTextRole, preset.displayName() + QStringLiteral(", ") +
+                                                 MainWindowModel::sidebarSubtitle(preset));
         if (active)
             row->setData(Qt::AccessibleDescriptionRole, tr("Active preset"));
         row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled);

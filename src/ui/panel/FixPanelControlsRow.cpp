@@ -75,7 +75,7 @@ void FixPanelControlsRow::rebuildPicker() {
     const QSignalBlocker blocker(m_picker);
     m_picker->clear();
     for (const Preset& preset : m_presets.presets())
-        m_picker->addItem(preset.name, preset.id);
+        m_picker->addItem(preset.displayName(), preset.id);
     selectActivePreset();
 }
 

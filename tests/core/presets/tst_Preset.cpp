@@ -42,6 +42,8 @@ private Q_SLOTS:
     void decodeListFailsWholeOnOneBadElement();
     void builtInsWithTheOnDeviceModel_data();
     void builtInsWithTheOnDeviceModel();
+    void displayName_data();
+    void displayName();
 };
 
 void PresetTest::encodesKeysInFieldOrder() {
@@ -174,6 +176,28 @@ void PresetTest::builtInsWithTheOnDeviceModel() {
     QCOMPARE(withoutIDs(builtInPresets(onDevice)), expected);
     QCOMPARE(withoutIDs(builtInPresets(onDevice)), expected);
     QCOMPARE(ids.size(), 6);
+}
+
+void PresetTest::displayName_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("named") << "Mail"
+                           << "Mail";
+    QTest::newRow("spaces kept") << " Mail "
+                                 << " Mail ";
+    QTest::newRow("empty") << ""
+                           << "Untitled Preset";
+    QTest::newRow("blank") << " \t\n\u00A0"
+                           << "Untitled Preset";
+}
+
+void PresetTest::displayName() {
+    QFETCH(QString, name);
+    QFETCH(QString, shown);
+    Preset preset = samplePreset();
+    preset.name = name;
+    QCOMPARE(preset.displayName(), shown);
+    QCOMPARE(preset.name, name);
 }
 
 QTEST_GUILESS_MAIN(PresetTest)

@@ -207,6 +207,19 @@ private Q_SLOTS:
         QCOMPARE(f.model->statusLine(), QStringLiteral("Status: Fix Better · Ready"));
     }
 
+    void anUnnamedPresetIsListedAsUntitled() {
+        Fixture f;
+        f.model->showSettings();
+        Preset unnamed = *f.store.activePreset();
+        unnamed.name = QStringLiteral("  ");
+        f.store.update(unnamed);
+        f.presetsChanged();
+        settle();
+        QCOMPARE(f.model->presetMenu().first().title, QStringLiteral("Untitled Preset"));
+        QCOMPARE(f.model->statusLine(), QStringLiteral("Status: Untitled Preset · Ready"));
+        QCOMPARE(f.store.activePreset()->name, QStringLiteral("  "));
+    }
+
     void presetMenuChecksTheActivePreset() {
         Fixture f;
         const QList<Preset> presets = f.store.presets();

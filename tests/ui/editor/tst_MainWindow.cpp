@@ -79,6 +79,7 @@ private Q_SLOTS:
     void transferMenuOffersExportSelectedOnlyForPresets();
     void deleteConfirmationTexts();
     void settingsEntryShowsTheSettingsPage();
+    void anUnnamedPresetIsListedAsUntitled();
     void menuBarHoldsTheApplicationMenus();
     void packPickerTexts_data();
     void packPickerTexts();
@@ -198,6 +199,20 @@ void MainWindowTest::settingsEntryShowsTheSettingsPage() {
     QCOMPARE(window->detail()->objectName(), QStringLiteral("settingsPage"));
     m_controller->model().setSelection(std::nullopt);
     QVERIFY(says(window->detail(), QStringLiteral("Select a preset")));
+}
+
+void MainWindowTest::anUnnamedPresetIsListedAsUntitled() {
+    m_controller->present(false);
+    Preset unnamed = m_store->presets()[1];
+    unnamed.name = QStringLiteral(" ");
+    m_store->update(unnamed);
+    PresetSidebarList* list = m_controller->window()->sidebar()->list();
+    QListWidgetItem* row = list->item(2); // after the heading and the first preset
+    QCOMPARE(row->data(PresetSidebarList::idRole).toUuid(), unnamed.id);
+    QCOMPARE(row->text(), QStringLiteral("Untitled Preset"));
+    QVERIFY(row->data(Qt::AccessibleTextRole).toString().startsWith("Untitled Preset, "));
+    QCOMPARE(MainWindowModel::deleteConfirmationMessage(unnamed),
+             QStringLiteral("“Untitled Preset” will be permanently deleted."));
 }
 
 void MainWindowTest::menuBarHoldsTheApplicationMenus() {

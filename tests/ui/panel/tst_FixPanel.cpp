@@ -222,6 +222,14 @@ private Q_SLOTS:
         QCOMPARE(m_presets->activePreset()->id, m_presets->presets()[2].id);
     }
 
+    void anUnnamedPresetIsListedAsUntitled() {
+        Preset unnamed = *m_presets->activePreset();
+        unnamed.name = QString();
+        m_presets->update(unnamed);
+        show(QStringLiteral("teh cat"));
+        QCOMPARE(view().controls()->picker()->currentText(), QStringLiteral("Untitled Preset"));
+    }
+
     void heightFollowsTheLineRule_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("lines");
