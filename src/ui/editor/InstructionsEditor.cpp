@@ -1,19 +1,13 @@
 #include "ui/editor/InstructionsEditor.h"
 
+#include "ui/panel/BoundedTextEditor.h"
+
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace scrivel {
-
-namespace {
-
-// Instructions are prompts, not documents; the editor refuses to grow past
-// this so a stray paste cannot turn every request into a huge one.
-constexpr int maximumInstructionCharacters = 20000;
-
-} // namespace
 
 InstructionsEditor::InstructionsEditor(QWidget* parent)
     : QWidget(parent), m_editor(new QPlainTextEdit(this)) {
@@ -37,24 +31,17 @@ InstructionsEditor::InstructionsEditor(QWidget* parent)
     layout->addWidget(m_editor, 1);
     layout->addWidget(caption);
 
-    connect(m_editor, &QPlainTextEdit::textChanged, this, [this] {
-        QString text = m_editor->toPlainText();
-        if (text.size() > maximumInstructionCharacters) {
-            text.truncate(maximumInstructionCharacters);
-            QSignalBlocker blocker(m_editor);
-            m_editor->setPlainText(text);
-            m_editor->moveCursor(QTextCursor::End);
-        }
-        Q_EMIT edited(text);
-    });
+    // The text goes to the preset exactly as typed: no length cut (nothing
+    // down the line limits instructions) and non-breaking spaces kept.
+    connect(m_editor, &QPlainTextEdit::textChanged, this, [this] { Q_EMIT edited(text()); });
 }
 
 QString InstructionsEditor::text() const {
-    return m_editor->toPlainText();
+    return BoundedTextEditor::exactText(*m_editor->document());
 }
 
 void InstructionsEditor::setText(const QString& text) {
-    if (text == m_editor->toPlainText())
+    if (text == this->text())
         return;
     QSignalBlocker blocker(m_editor);
     m_editor->setPlainText(text);

@@ -62,8 +62,8 @@ int BoundedTextEditor::heightForLines(int lines) const {
     return lineHeight * lines + 2 * verticalInset;
 }
 
-QString BoundedTextEditor::exactText() const {
-    QString text = document()->toRawText();
+QString BoundedTextEditor::exactText(const QTextDocument& document) {
+    QString text = document.toRawText();
     text.replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
     return text;
 }

@@ -31,7 +31,8 @@ public:
 
     // The text as the user sees it, with every line break a line feed and
     // non-breaking spaces kept (toPlainText() would turn them into spaces).
-    QString exactText() const;
+    QString exactText() const { return exactText(*document()); }
+    static QString exactText(const QTextDocument& document);
 
 protected:
     // The border is drawn on the editor itself, around the viewport and its

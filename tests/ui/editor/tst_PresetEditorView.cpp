@@ -5,12 +5,14 @@
 #include "support/FakeKeyStore.h"
 #include "support/InMemorySettingsStore.h"
 #include "support/ModalScript.h"
+#include "ui/editor/InstructionsEditor.h"
 #include "ui/editor/PresetConnectionView.h"
 #include "ui/editor/PresetEditorView.h"
 
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QToolButton>
 #include <QtTest>
@@ -31,6 +33,7 @@ private Q_SLOTS:
     void sharedKeyConfirmation();
     void modelPickerKeepsTheChosenModel();
     void aRunningTestCanBeCancelled();
+    void instructionsKeepEveryCharacterTyped();
 
 private:
     std::unique_ptr<PresetEditorView> open(const Preset& preset, std::function<void()> onUse = {});
@@ -238,6 +241,21 @@ void PresetEditorViewTest::aRunningTestCanBeCancelled() {
     QVERIFY(view->testStatus()->isVisible());
     QCOMPARE(view->testStatus()->text(), QStringLiteral("Test cancelled."));
     QVERIFY(view->testButton()->isEnabled());
+}
+
+void PresetEditorViewTest::instructionsKeepEveryCharacterTyped() {
+    auto view = open(stored(QStringLiteral("P"), QStringLiteral("openai")));
+    // Longer than any prompt needs, with non-breaking spaces (French
+    // punctuation) and a line break.
+    QString pasted = QStringLiteral("Réponds en français\u00A0: sois bref\u00A0!\nPuis relis.");
+    while (pasted.size() < 25000)
+        pasted += QStringLiteral(" Garde les espaces insécables\u00A0;");
+    QPlainTextEdit* editor = view->instructions()->editor();
+    editor->selectAll();
+    editor->insertPlainText(pasted);
+    QCOMPARE(m_model->draft().instructions.size(), pasted.size());
+    QCOMPARE(m_model->draft().instructions, pasted);
+    QCOMPARE(view->instructions()->text(), pasted);
 }
 
 QTEST_MAIN(PresetEditorViewTest)
