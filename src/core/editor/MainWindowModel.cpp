@@ -93,6 +93,32 @@ bool MainWindowModel::canDeleteSelection() const {
     return selectedPreset().has_value() && m_store.presets().size() > 1;
 }
 
+namespace {
+
+qsizetype offsetOf(const QList<Preset>& presets, const QUuid& id) {
+    for (qsizetype i = 0; i < presets.size(); ++i)
+        if (presets[i].id == id)
+            return i;
+    return -1;
+}
+
+} // namespace
+
+bool MainWindowModel::canMove(const QUuid& id, int step) const {
+    const QList<Preset> presets = m_store.presets();
+    const qsizetype offset = offsetOf(presets, id);
+    return offset >= 0 && (step == -1 || step == 1) && offset + step >= 0 &&
+           offset + step < presets.size();
+}
+
+void MainWindowModel::move(const QUuid& id, int step) {
+    if (!canMove(id, step))
+        return;
+    const int offset = int(offsetOf(m_store.presets(), id));
+    // The store counts the destination in the list as it is before the move.
+    m_store.move({offset}, step < 0 ? offset - 1 : offset + 2);
+}
+
 void MainWindowModel::didImport(const std::optional<QUuid>& firstAffectedID) {
     if (firstAffectedID && m_store.preset(*firstAffectedID))
         setSelection(MainSidebarItem::preset(*firstAffectedID));

@@ -59,6 +59,11 @@ public:
     // The delete button works only on a selected preset that is not the last.
     bool canDeleteSelection() const;
 
+    // Moving a preset one place up (step -1) or down (step 1) in the list;
+    // the selection stays on it.
+    bool canMove(const QUuid& id, int step) const;
+    void move(const QUuid& id, int step);
+
     // After an import: select the first affected preset when the store has it.
     void didImport(const std::optional<QUuid>& firstAffectedID);
 

@@ -4,6 +4,7 @@
 #include "core/presets/PresetStore.h"
 #include "ui/editor/PresetSidebarRowDelegate.h"
 
+#include <QDrag>
 #include <QDropEvent>
 #include <QHBoxLayout>
 #include <QMenu>
@@ -46,6 +47,28 @@ PresetSidebarList::PresetSidebarList(QWidget* parent) : QListWidget(parent) {
     setAccessibleName(tr("Presets"));
 }
 
+void PresetSidebarList::mousePressEvent(QMouseEvent* event) {
+    m_pressPosition = event->position().toPoint();
+    QListWidget::mousePressEvent(event);
+}
+
+void PresetSidebarList::startDrag(Qt::DropActions supportedActions) {
+    QListWidgetItem* dragged = currentItem();
+    if (!dragged || kindOf(dragged) != RowKind::preset)
+        return;
+    // The base class would take the dragged row out of the list once the
+    // drag reports a move (as the X11 drag does). But the drop has already
+    // asked the store to reorder, and the list was rebuilt from it with the
+    // dragged preset selected: the row taken out would be that one. So the
+    // drag runs here, and the list stays as the store made it.
+    const QRect rect = visualItemRect(dragged);
+    auto* drag = new QDrag(this);
+    drag->setMimeData(model()->mimeData({indexFromItem(dragged)}));
+    drag->setPixmap(viewport()->grab(rect));
+    drag->setHotSpot(m_pressPosition - rect.topLeft());
+    drag->exec(supportedActions, Qt::MoveAction);
+}
+
 void PresetSidebarList::dropEvent(QDropEvent* event) {
     QListWidgetItem* dragged = currentItem();
     if (event->source() != this || !dragged || kindOf(dragged) != RowKind::preset) {
@@ -77,8 +100,9 @@ void PresetSidebarList::dropEvent(QDropEvent* event) {
     }
     // The store reorders; the list follows the store, so the view's own move
     // is not wanted.
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
+    event->acceptProposedAction();
+    setState(NoState);
+    viewport()->update();
     if (destination != source && destination != source + 1)
         Q_EMIT moveRequested(source, destination);
 }
@@ -127,6 +151,15 @@ PresetSidebar::PresetSidebar(MainWindowModel& model, QWidget* parent)
     connect(m_add, &QToolButton::clicked, this, [this] { m_model.addPreset(); });
     connect(m_delete, &QToolButton::clicked, this,
             [this] { m_model.requestDeletionOfSelection(); });
+    // Alt+Up and Alt+Down move the selected preset, as dragging it does.
+    for (const auto& [key, step] : {std::pair{Qt::Key_Up, -1}, std::pair{Qt::Key_Down, 1}}) {
+        auto* move = new QShortcut(QKeySequence(Qt::ALT | key), m_list);
+        move->setContext(Qt::WidgetShortcut);
+        connect(move, &QShortcut::activated, this, [this, step] {
+            if (const std::optional<Preset> selected = m_model.selectedPreset())
+                m_model.move(selected->id, step);
+        });
+    }
     // The Delete key asks about the selected row, as the minus button does.
     auto* remove = new QShortcut(QKeySequence::Delete, m_list);
     remove->setContext(Qt::WidgetShortcut);
@@ -224,6 +257,14 @@ QMenu* PresetSidebar::contextMenuFor(const QUuid& id) {
     QAction* use = m_contextMenu->addAction(tr("Use This Preset"), this,
                                             [this, id] { m_model.store().activate(id); });
     use->setEnabled(!m_model.isActive(id));
+    QAction* up =
+        m_contextMenu->addAction(tr("Move Up"), this, [this, id] { m_model.move(id, -1); });
+    up->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Up));
+    up->setEnabled(m_model.canMove(id, -1));
+    QAction* down =
+        m_contextMenu->addAction(tr("Move Down"), this, [this, id] { m_model.move(id, 1); });
+    down->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Down));
+    down->setEnabled(m_model.canMove(id, 1));
     m_contextMenu->addAction(tr("Export Preset…"), this,
                              [this, id] { Q_EMIT exportRequested(id); });
     m_contextMenu->addSeparator();

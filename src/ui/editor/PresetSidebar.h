@@ -28,7 +28,12 @@ Q_SIGNALS:
     void moveRequested(int source, int destination);
 
 protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void startDrag(Qt::DropActions supportedActions) override;
     void dropEvent(QDropEvent* event) override;
+
+private:
+    QPoint m_pressPosition;
 };
 
 // The sidebar: the list above, and a toolbar to add, delete and transfer

@@ -19,6 +19,8 @@ private Q_SLOTS:
     void exportSelectedOnlyForAPreset();
     void openingPreparesTheSelection();
     void importSelectsTheFirstAffectedPreset();
+    void movingByOne_data();
+    void movingByOne();
     void sidebarSubtitle_data();
     void sidebarSubtitle();
 
@@ -133,6 +135,35 @@ void MainWindowModelTest::importSelectsTheFirstAffectedPreset() {
     QCOMPARE(m_model->selection(), MainSidebarItem::preset(presets[0].id));
     m_model->didImport(presets[2].id);
     QCOMPARE(m_model->selection(), MainSidebarItem::preset(presets[2].id));
+}
+
+void MainWindowModelTest::movingByOne_data() {
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("step");
+    QTest::addColumn<QList<int>>("order"); // the old indices, in the new order; empty: no move
+    QTest::newRow("first up") << 0 << -1 << QList<int>();
+    QTest::newRow("first down") << 0 << 1 << QList<int>{1, 0, 2};
+    QTest::newRow("middle up") << 1 << -1 << QList<int>{1, 0, 2};
+    QTest::newRow("middle down") << 1 << 1 << QList<int>{0, 2, 1};
+    QTest::newRow("last up") << 2 << -1 << QList<int>{0, 2, 1};
+    QTest::newRow("last down") << 2 << 1 << QList<int>();
+}
+
+void MainWindowModelTest::movingByOne() {
+    QFETCH(int, index);
+    QFETCH(int, step);
+    QFETCH(QList<int>, order);
+    const QList<Preset> before = m_store->presets();
+    const QUuid id = before[index].id;
+    m_model->setSelection(MainSidebarItem::preset(id));
+    QCOMPARE(m_model->canMove(id, step), !order.isEmpty());
+    m_model->move(id, step);
+    QList<Preset> expected;
+    for (int old : order)
+        expected.append(before[old]);
+    QCOMPARE(m_store->presets(), order.isEmpty() ? before : expected);
+    // The moved preset stays selected.
+    QCOMPARE(m_model->selection(), MainSidebarItem::preset(id));
 }
 
 void MainWindowModelTest::sidebarSubtitle_data() {

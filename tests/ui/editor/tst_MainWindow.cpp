@@ -80,6 +80,8 @@ private Q_SLOTS:
     void deleteConfirmationTexts();
     void settingsEntryShowsTheSettingsPage();
     void anUnnamedPresetIsListedAsUntitled();
+    void keysAndMenuMoveAPresetAndKeepItSelected_data();
+    void keysAndMenuMoveAPresetAndKeepItSelected();
     void menuBarHoldsTheApplicationMenus();
     void packPickerTexts_data();
     void packPickerTexts();
@@ -173,7 +175,8 @@ void MainWindowTest::transferMenuOffersExportSelectedOnlyForPresets() {
 
     const QUuid id = m_store->presets().first().id;
     QCOMPARE(actionTexts(sidebar->contextMenuFor(id)),
-             QStringList({"Use This Preset", "Export Preset…", "Delete Preset"}));
+             QStringList(
+                 {"Use This Preset", "Move Up", "Move Down", "Export Preset…", "Delete Preset"}));
 }
 
 void MainWindowTest::deleteConfirmationTexts() {
@@ -213,6 +216,57 @@ void MainWindowTest::anUnnamedPresetIsListedAsUntitled() {
     QVERIFY(row->data(Qt::AccessibleTextRole).toString().startsWith("Untitled Preset, "));
     QCOMPARE(MainWindowModel::deleteConfirmationMessage(unnamed),
              QStringLiteral("“Untitled Preset” will be permanently deleted."));
+}
+
+void MainWindowTest::keysAndMenuMoveAPresetAndKeepItSelected_data() {
+    QTest::addColumn<QString>("how");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::newRow("Alt+Down") << "Alt+Down" << 0 << 1;
+    QTest::newRow("Alt+Up") << "Alt+Up" << 2 << 1;
+    QTest::newRow("Move Down") << "Move Down" << 1 << 2;
+    QTest::newRow("Move Up") << "Move Up" << 1 << 0;
+    QTest::newRow("Alt+Up on the first") << "Alt+Up" << 0 << 0;
+}
+
+void MainWindowTest::keysAndMenuMoveAPresetAndKeepItSelected() {
+    QFETCH(QString, how);
+    QFETCH(int, from);
+    QFETCH(int, to);
+    m_controller->present(false);
+    MainWindow* window = m_controller->window();
+    PresetSidebar* sidebar = window->sidebar();
+    PresetSidebarList* list = sidebar->list();
+    const int rows = list->count();
+    const Preset moved = m_store->presets()[from];
+    m_controller->model().setSelection(MainSidebarItem::preset(moved.id));
+
+    if (how.startsWith(QStringLiteral("Alt+"))) {
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        list->setFocus();
+        QTest::keyClick(list, how.endsWith(QStringLiteral("Up")) ? Qt::Key_Up : Qt::Key_Down,
+                        Qt::AltModifier);
+    } else {
+        QMenu* menu = sidebar->contextMenuFor(moved.id);
+        const auto actions = menu->actions();
+        const auto found = std::ranges::find_if(
+            actions, [&](const QAction* action) { return action->text() == how; });
+        QVERIFY(found != actions.end());
+        QVERIFY((*found)->isEnabled());
+        (*found)->trigger();
+    }
+
+    QCOMPARE(m_store->presets()[to].id, moved.id);
+    // Every row is still there, in the store's order, and the moved one is
+    // still the selected one, in the sidebar and in the editor.
+    QCOMPARE(list->count(), rows);
+    for (int i = 0; i < m_store->presets().size(); ++i)
+        QCOMPARE(list->item(i + 1)->data(PresetSidebarList::idRole).toUuid(),
+                 m_store->presets()[i].id);
+    QCOMPARE(list->currentItem()->data(PresetSidebarList::idRole).toUuid(), moved.id);
+    QCOMPARE(m_controller->model().selection(), MainSidebarItem::preset(moved.id));
+    QCOMPARE(window->editorModel()->draft().id, moved.id);
 }
 
 void MainWindowTest::menuBarHoldsTheApplicationMenus() {
