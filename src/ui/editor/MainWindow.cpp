@@ -9,6 +9,7 @@
 #include "ui/editor/PresetPackPickerDialog.h"
 #include "ui/editor/PresetSidebar.h"
 #include "ui/tray/TintedIcon.h"
+#include "ui/widgets/WindowCommandKeys.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -77,6 +78,16 @@ MainWindow::MainWindow(MainWindowModel& model, const MainWindowServices& service
     splitter->setSizes({240, 640});
     setCentralWidget(splitter);
     buildMenus();
+    // The window's commands win over the keys of its text fields; the edit
+    // commands are the fields' own.
+    auto* commandKeys = new WindowCommandKeys(this);
+    commandKeys->add(PresetEditorView::useKeys());
+    for (const QAction* menu : menuBar()->actions()) {
+        if (menu->menu() == m_editMenu)
+            continue;
+        for (const QAction* action : menu->menu()->actions())
+            commandKeys->add(action->shortcut());
+    }
     setMinimumSize(minimumContentSize().width(),
                    minimumContentSize().height() + menuBar()->sizeHint().height());
 
@@ -150,6 +161,7 @@ void MainWindow::buildMenus() {
     file->addAction(tr("Add from Pack…"), this, &MainWindow::addFromPackRequested);
 
     QMenu* edit = menuBar()->addMenu(tr("Edit"));
+    m_editMenu = edit;
     edit->addAction(tr("Undo"), this, [] { sendToFocus("undo"); })
         ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
     edit->addAction(tr("Redo"), this, [] { sendToFocus("redo"); })

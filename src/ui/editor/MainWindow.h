@@ -72,6 +72,7 @@ private:
     std::optional<QUuid> m_editedPresetID;
     Future<std::optional<UnavailableReason>> m_onDeviceStatus;
     QPointer<PresetPackPickerDialog> m_packPicker;
+    QMenu* m_editMenu = nullptr;
 };
 
 } // namespace scrivel

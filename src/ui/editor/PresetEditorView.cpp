@@ -46,7 +46,7 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     useLayout->addWidget(m_use);
     useLayout->addStretch(1);
     m_presetForm->addRow(QString(), m_useRow);
-    m_useShortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_U), this);
+    m_useShortcut = new QShortcut(useKeys(), this);
     m_useShortcut->setContext(Qt::WindowShortcut);
 
     auto* modelBox = new QGroupBox(tr("Model"), this);
@@ -118,6 +118,8 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
         if (m_onUse)
             m_onUse();
     });
+    // Always enabled, so that the keys never fall through to a text field
+    // (where Ctrl+U would clear it); on the active preset they do nothing.
     connect(m_useShortcut, &QShortcut::activated, this, [this] {
         if (!m_isActive && m_onUse)
             m_onUse();
@@ -178,7 +180,6 @@ void PresetEditorView::render() {
     }
     m_instructions->setText(draft.instructions);
     m_presetForm->setRowVisible(m_useRow, !m_isActive);
-    m_useShortcut->setEnabled(!m_isActive);
 
     const int providerIndex = m_provider->findData(draft.providerID);
     if (providerIndex < 0) {

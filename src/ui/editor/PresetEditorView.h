@@ -2,6 +2,7 @@
 
 #include "core/transform/UnavailableReason.h"
 
+#include <QKeySequence>
 #include <QWidget>
 #include <functional>
 #include <optional>
@@ -27,6 +28,9 @@ class PresetEditorView : public QWidget {
 public:
     PresetEditorView(PresetEditorModel& model, std::function<void()> onUse,
                      QWidget* parent = nullptr);
+
+    // The keys of "Use Preset".
+    static QKeySequence useKeys() { return QKeySequence(Qt::CTRL | Qt::Key_U); }
 
     // Whether this preset is the one the hotkey runs; hides "Use Preset".
     void setActive(bool active);
