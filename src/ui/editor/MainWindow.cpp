@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -96,6 +97,13 @@ MainWindow::MainWindow(MainWindowModel& model, const MainWindowServices& service
     connect(m_sidebar, &PresetSidebar::importRequested, this, &MainWindow::importRequested);
     connect(m_sidebar, &PresetSidebar::exportAllRequested, this, &MainWindow::exportAllRequested);
     connect(m_sidebar, &PresetSidebar::exportRequested, this, &MainWindow::exportRequested);
+    // A new preset is named first.
+    connect(m_sidebar, &PresetSidebar::presetAdded, this, [this] {
+        if (!m_editorView)
+            return;
+        m_editorView->nameField()->setFocus(Qt::OtherFocusReason);
+        m_editorView->nameField()->selectAll();
+    });
     connect(&m_model, &MainWindowModel::selectionChanged, this, &MainWindow::showDetail);
     connect(&m_model, &MainWindowModel::deleteConfirmationChanged, this,
             &MainWindow::showDeleteConfirmation, Qt::QueuedConnection);
@@ -208,6 +216,8 @@ void MainWindow::showDetail() {
         auto* scroll = new QScrollArea(m_detailArea);
         scroll->setWidgetResizable(true);
         scroll->setFrameShape(QFrame::NoFrame);
+        // The form's fields take the focus; the area around them shows none.
+        scroll->setFocusPolicy(Qt::NoFocus);
         m_editorView = new PresetEditorView(
             *m_editorModel, [this, id] { m_model.store().activate(id); }, scroll);
         scroll->setWidget(m_editorView);

@@ -4,6 +4,7 @@
 #include "core/providers/ProviderCatalog.h"
 #include "ui/editor/InstructionsEditor.h"
 #include "ui/editor/PresetConnectionView.h"
+#include "ui/widgets/LinkLabel.h"
 
 #include <QComboBox>
 #include <QFormLayout>
@@ -18,17 +19,6 @@
 #include <QVBoxLayout>
 
 namespace scrivel {
-
-namespace {
-
-QLabel* secondaryLabel(QWidget* parent) {
-    auto* label = new QLabel(parent);
-    label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    return label;
-}
-
-} // namespace
 
 PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void()> onUse,
                                    QWidget* parent)
@@ -100,10 +90,11 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     testRowLayout->addWidget(m_cancelTest);
     testRowLayout->addWidget(m_testStatus, 1);
     m_modelForm->addRow(tr("Test"), m_testRow);
-    m_footer = secondaryLabel(modelBox);
+    m_footer = new LinkLabel(modelBox);
+    m_footer->setWordWrap(true);
+    m_footer->setForegroundRole(QPalette::PlaceholderText);
     m_footer->setTextFormat(Qt::RichText);
     m_footer->setOpenExternalLinks(true);
-    m_footer->setTextInteractionFlags(Qt::TextBrowserInteraction);
     modelBoxLayout->addWidget(m_footer);
 
     m_instructions = new InstructionsEditor(this);
@@ -155,6 +146,10 @@ void PresetEditorView::setActive(bool active) {
 void PresetEditorView::setOnDeviceUnavailable(const std::optional<UnavailableReason>& reason) {
     m_onDeviceUnavailable = reason;
     render();
+}
+
+QLabel* PresetEditorView::footer() const {
+    return m_footer;
 }
 
 bool PresetEditorView::isBaseURLRowVisible() const {
@@ -216,13 +211,16 @@ void PresetEditorView::render() {
 
     QString footer =
         PresetEditorModel::modelFooter(draft.providerID, m_onDeviceUnavailable).toHtmlEscaped();
-    if (!onDevice && !custom) {
-        if (const std::optional<QUrl> page = apiKeyPage(draft.providerID))
-            footer += QStringLiteral(" <a href=\"%1\">%2</a>")
-                          .arg(page->toString(QUrl::FullyEncoded).toHtmlEscaped(),
-                               tr("Get an API key").toHtmlEscaped());
-    }
+    const std::optional<QUrl> page =
+        onDevice || custom ? std::nullopt : apiKeyPage(draft.providerID);
+    if (page)
+        footer += QStringLiteral(" <a href=\"%1\">%2</a>")
+                      .arg(page->toString(QUrl::FullyEncoded).toHtmlEscaped(),
+                           tr("Get an API key").toHtmlEscaped());
     m_footer->setText(footer);
+    // Without a link there is nothing for the keyboard to reach.
+    m_footer->setTextInteractionFlags(page ? Qt::TextBrowserInteraction
+                                           : Qt::TextSelectableByMouse);
 }
 
 void PresetEditorView::renderModels() {

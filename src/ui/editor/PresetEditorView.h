@@ -18,6 +18,7 @@ class QShortcut;
 namespace scrivel {
 
 class InstructionsEditor;
+class LinkLabel;
 class PresetConnectionView;
 class PresetEditorModel;
 
@@ -51,7 +52,7 @@ public:
     // Shown while a test runs.
     QPushButton* testCancelButton() const { return m_cancelTest; }
     QLabel* testStatus() const { return m_testStatus; }
-    QLabel* footer() const { return m_footer; }
+    QLabel* footer() const;
     InstructionsEditor* instructions() const { return m_instructions; }
 
 private:
@@ -79,7 +80,7 @@ private:
     QLabel* m_testProgressLabel;
     QPushButton* m_cancelTest;
     QLabel* m_testStatus;
-    QLabel* m_footer;
+    LinkLabel* m_footer;
     InstructionsEditor* m_instructions;
 };
 

@@ -148,7 +148,10 @@ PresetSidebar::PresetSidebar(MainWindowModel& model, QWidget* parent)
         contextMenuFor(item->data(PresetSidebarList::idRole).toUuid())
             ->popup(m_list->viewport()->mapToGlobal(position));
     });
-    connect(m_add, &QToolButton::clicked, this, [this] { m_model.addPreset(); });
+    connect(m_add, &QToolButton::clicked, this, [this] {
+        m_model.addPreset();
+        Q_EMIT presetAdded();
+    });
     connect(m_delete, &QToolButton::clicked, this,
             [this] { m_model.requestDeletionOfSelection(); });
     // Alt+Up and Alt+Down move the selected preset, as dragging it does.
@@ -187,8 +190,13 @@ void PresetSidebar::rebuild() {
         row->setToolTip(MainWindowModel::sidebarTooltip(active));
         row->setData(Qt::AccessibleTextRole, preset.displayName() + QStringLiteral(", ") +
                                                  MainWindowModel::sidebarSubtitle(preset));
-        if (active)
+        if (active) {
             row->setData(Qt::AccessibleDescriptionRole, tr("Active preset"));
+            // A state a screen reader announces with the row ("checked"); the
+            // row draws its own check mark and cannot be toggled (it is not
+            // user-checkable).
+            row->setData(Qt::CheckStateRole, Qt::Checked);
+        }
         row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled);
     }
     auto* spacer = new QListWidgetItem(m_list);

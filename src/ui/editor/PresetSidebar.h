@@ -58,6 +58,8 @@ Q_SIGNALS:
     void importRequested();
     void exportAllRequested();
     void exportRequested(const QUuid& id);
+    // The add button made a preset, now selected.
+    void presetAdded();
 
 private:
     void rebuild();

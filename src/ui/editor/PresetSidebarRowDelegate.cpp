@@ -50,6 +50,9 @@ void PresetSidebarRowDelegate::paint(QPainter* painter, const QStyleOptionViewIt
     initStyleOption(&background, index);
     background.text.clear();
     background.icon = QIcon();
+    // The active row's check state is for screen readers; the row shows its
+    // own check mark.
+    background.features &= ~QStyleOptionViewItem::HasCheckIndicator;
     const RowKind kind = kindOf(index);
     if (kind == RowKind::spacer)
         return;

@@ -9,6 +9,7 @@
 #include "ui/editor/PresetPackPickerDialog.h"
 #include "ui/editor/PresetSidebar.h"
 
+#include <QAccessible>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -80,6 +81,9 @@ private Q_SLOTS:
     void deleteConfirmationTexts();
     void settingsEntryShowsTheSettingsPage();
     void anUnnamedPresetIsListedAsUntitled();
+    void addPutsTheCursorInTheNewName();
+    void everyTabStopShowsAndIsNamed();
+    void theActivePresetIsAStateOfItsRow();
     void keysAndMenuMoveAPresetAndKeepItSelected_data();
     void keysAndMenuMoveAPresetAndKeepItSelected();
     void menuBarHoldsTheApplicationMenus();
@@ -267,6 +271,62 @@ void MainWindowTest::keysAndMenuMoveAPresetAndKeepItSelected() {
     QCOMPARE(list->currentItem()->data(PresetSidebarList::idRole).toUuid(), moved.id);
     QCOMPARE(m_controller->model().selection(), MainSidebarItem::preset(moved.id));
     QCOMPARE(window->editorModel()->draft().id, moved.id);
+}
+
+void MainWindowTest::addPutsTheCursorInTheNewName() {
+    m_controller->present(false);
+    MainWindow* window = m_controller->window();
+    window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    QTest::mouseClick(window->sidebar()->addButton(), Qt::LeftButton);
+    QLineEdit* name = window->editorView()->nameField();
+    QCOMPARE(window->editorModel()->draft().id, m_store->presets().last().id);
+    QTRY_COMPARE(QApplication::focusWidget(), name);
+    QCOMPARE(name->selectedText(), QStringLiteral("New Preset"));
+}
+
+void MainWindowTest::everyTabStopShowsAndIsNamed() {
+    m_controller->present(false);
+    MainWindow* window = m_controller->window();
+    window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    window->editorView()->nameField()->setFocus();
+    // What each stop is called for a screen reader (a focused link: its
+    // text), once round the window.
+    QStringList stops;
+    for (int i = 0; i < 30; ++i) {
+        QWidget* focus = QApplication::focusWidget();
+        QVERIFY(focus && focus->isVisible());
+        QVERIFY(!QAccessible::queryAccessibleInterface(focus)->text(QAccessible::Name).isEmpty());
+        QString name = focus->accessibleName();
+        if (auto* label = qobject_cast<QLabel*>(focus))
+            name = label->selectedText();
+        if (!stops.isEmpty() && name == stops.first() && focus == window->editorView()->nameField())
+            break;
+        stops.append(name);
+        QTest::keyClick(focus, Qt::Key_Tab);
+    }
+    QCOMPARE(stops, QStringList({"Name", "Provider", "API key", "Show API key", "Model",
+                                 "Get an API key", "Instructions", "Presets", "Add Preset",
+                                 "Delete Preset", "Preset Transfer"}));
+}
+
+void MainWindowTest::theActivePresetIsAStateOfItsRow() {
+    m_controller->present(false);
+    const QUuid active = m_store->presets()[1].id;
+    m_store->activate(active);
+    PresetSidebarList* list = m_controller->window()->sidebar()->list();
+    QAccessibleInterface* rows = QAccessible::queryAccessibleInterface(list);
+    QVERIFY(rows);
+    int checked = 0;
+    for (int i = 0; i < rows->childCount(); ++i) {
+        QAccessibleInterface* row = rows->child(i);
+        if (!row->state().checked)
+            continue;
+        ++checked;
+        QVERIFY(row->text(QAccessible::Name).startsWith(m_store->presets()[1].name + ", "));
+    }
+    QCOMPARE(checked, 1);
 }
 
 void MainWindowTest::menuBarHoldsTheApplicationMenus() {
