@@ -80,6 +80,29 @@ void stopProcess(QProcess& process) {
     }
 }
 
+std::unique_ptr<QProcess> startWindowManager() {
+    auto manager = std::make_unique<QProcess>();
+    manager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    manager->setStandardOutputFile(QProcess::nullDevice());
+    manager->start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
+    if (!manager->waitForStarted())
+        return nullptr;
+    const bool managing = QTest::qWaitFor(
+        [&] {
+            QProcess xprop;
+            xprop.start(QStringLiteral("xprop"), {"-root", "_NET_SUPPORTING_WM_CHECK"});
+            xprop.waitForFinished(2000);
+            return manager->state() == QProcess::Running &&
+                   xprop.readAllStandardOutput().contains("window id");
+        },
+        5000);
+    if (!managing) {
+        stopProcess(*manager);
+        return nullptr;
+    }
+    return manager;
+}
+
 QList<VisibleWindow> visibleWindows(const QStringList& search) {
     QList<VisibleWindow> windows;
     const QByteArray ids = xdotool(QStringList{"search", "--onlyvisible"} + search);

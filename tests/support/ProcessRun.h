@@ -5,6 +5,7 @@
 #include <QProcessEnvironment>
 #include <QRect>
 #include <QStringList>
+#include <memory>
 
 namespace scrivel::test {
 
@@ -39,6 +40,11 @@ QByteArray xdotool(const QStringList& arguments);
 
 // Asks a running program to end, and kills it when it has not after 5 s.
 void stopProcess(QProcess& process);
+
+// Starts openbox as the test display's window manager and returns once it
+// manages windows (it then owns _NET_SUPPORTING_WM_CHECK); nothing when it
+// could not start.
+std::unique_ptr<QProcess> startWindowManager();
 
 struct VisibleWindow {
     QString id;
