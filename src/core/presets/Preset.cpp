@@ -14,9 +14,11 @@
 namespace scrivel {
 
 QString Preset::displayName() const {
-    if (name.trimmed().isEmpty())
-        return QCoreApplication::translate("Preset", "Untitled Preset");
-    return name;
+    return name.trimmed().isEmpty() ? untitledName() : name;
+}
+
+QString Preset::untitledName() {
+    return QCoreApplication::translate("Preset", "Untitled Preset");
 }
 
 namespace {

@@ -38,6 +38,7 @@ struct Preset {
     // The name as lists show it: "Untitled Preset" for a name that is empty
     // or blank. The name itself stays as the user typed it.
     QString displayName() const;
+    static QString untitledName();
 
     // The providerID of the operating system's on-device model.
     static QString onDeviceProviderID() { return QStringLiteral("onDevice"); }

@@ -27,6 +27,8 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     m_presetForm = new QFormLayout(presetBox);
     m_name = new QLineEdit(presetBox);
     m_name->setAccessibleName(tr("Name"));
+    // How a preset without a name is listed.
+    m_name->setPlaceholderText(Preset::untitledName());
     m_presetForm->addRow(tr("Name"), m_name);
     m_use = new QPushButton(tr("Use Preset"), presetBox);
     m_use->setToolTip(tr("Run this preset from the hotkey"));
@@ -89,6 +91,7 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     testRowLayout->addWidget(m_testProgressLabel);
     testRowLayout->addWidget(m_cancelTest);
     testRowLayout->addWidget(m_testStatus, 1);
+    testRowLayout->addStretch();
     m_modelForm->addRow(tr("Test"), m_testRow);
     m_footer = new LinkLabel(modelBox);
     m_footer->setWordWrap(true);
@@ -165,6 +168,11 @@ bool PresetEditorView::isAPIKeyRowVisible() const {
 }
 
 void PresetEditorView::render() {
+    // Focus follows the test's one button: Test Preset gives way to Cancel
+    // while a test runs, and Cancel back to Test Preset when it ends, rather
+    // than dropping to whatever comes next.
+    const bool testHadFocus = m_test->hasFocus();
+    const bool cancelHadFocus = m_cancelTest->hasFocus();
     const Preset& draft = m_model.draft();
     const bool onDevice = draft.providerID == Preset::onDeviceProviderID();
     const bool custom = draft.providerID == customProviderID();
@@ -205,6 +213,10 @@ void PresetEditorView::render() {
     m_testProgress->setVisible(testing);
     m_testProgressLabel->setVisible(testing);
     m_cancelTest->setVisible(testing);
+    if (testing && testHadFocus)
+        m_cancelTest->setFocus(Qt::OtherFocusReason);
+    else if (!testing && cancelHadFocus)
+        m_test->setFocus(Qt::OtherFocusReason);
     m_testStatus->setVisible(!testing);
     m_testStatus->setText(m_model.testStatus() ? m_model.testStatus()->text() : QString());
     m_modelForm->setRowVisible(m_testRow, testing || m_model.testStatus().has_value());

@@ -232,12 +232,18 @@ void PresetEditorViewTest::aRunningTestCanBeCancelled() {
     QTRY_VERIFY(view->testButton()->isEnabled());
     QPushButton* cancel = view->testCancelButton();
     QVERIFY(!cancel->isVisible());
-    QTest::mouseClick(view->testButton(), Qt::LeftButton);
+    view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(view.get()));
+    // From the keyboard: the focus moves to Cancel and back.
+    view->testButton()->setFocus();
+    QTest::keyClick(view->testButton(), Qt::Key_Space);
     QTRY_COMPARE(m_pendingTests.size(), 1);
     QVERIFY(cancel->isVisible());
     QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
-    QTest::mouseClick(cancel, Qt::LeftButton);
+    QCOMPARE(QApplication::focusWidget(), cancel);
+    QTest::keyClick(cancel, Qt::Key_Space);
     QVERIFY(!cancel->isVisible());
+    QCOMPARE(QApplication::focusWidget(), view->testButton());
     QVERIFY(view->testStatus()->isVisible());
     QCOMPARE(view->testStatus()->text(), QStringLiteral("Test cancelled."));
     QVERIFY(view->testButton()->isEnabled());
