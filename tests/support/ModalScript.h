@@ -54,12 +54,15 @@ private:
     QPointer<QWidget> m_last;
 };
 
-// What a message box said, and the texts of its buttons in order.
+// What a message box said, the texts of its buttons in order, and whether
+// its window leaves room for its title beside a title bar's icon and buttons
+// (the window manager cuts a longer title short: "Remov…API Key").
 struct MessageBoxSeen {
     QString title;
     QString text;
     QString informative;
     QStringList buttons;
+    bool titleFits = false;
 };
 
 // A step that records the message box into seen and clicks its answer button.
@@ -67,7 +70,14 @@ inline ModalScript::Step answerMessageBox(MessageBoxSeen& seen, const QString& a
     return [&seen, answer](QWidget* modal) {
         auto* box = qobject_cast<QMessageBox*>(modal);
         QVERIFY2(box, "not a message box");
-        seen = {box->windowTitle(), box->text(), box->informativeText(), {}};
+        QFont titleFont = box->font();
+        titleFont.setBold(true);
+        const int titleWidth = QFontMetrics(titleFont).horizontalAdvance(box->windowTitle());
+        seen = {box->windowTitle(),
+                box->text(),
+                box->informativeText(),
+                {},
+                box->width() >= titleWidth + 140};
         for (QAbstractButton* button : box->buttons())
             seen.buttons.append(button->text());
         const qsizetype index = seen.buttons.indexOf(answer);

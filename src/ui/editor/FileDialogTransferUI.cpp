@@ -1,5 +1,7 @@
 #include "ui/editor/FileDialogTransferUI.h"
 
+#include "ui/widgets/MessageBoxTitle.h"
+
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -63,6 +65,7 @@ void FileDialogTransferUI::showFailureAlert(QWidget* parent, const QString& titl
     QPushButton* close = box.addButton(tr("Close"), QMessageBox::AcceptRole);
     box.setDefaultButton(close);
     box.setEscapeButton(close);
+    makeRoomForTitle(box);
     box.exec();
 }
 

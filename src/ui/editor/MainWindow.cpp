@@ -9,6 +9,7 @@
 #include "ui/editor/PresetPackPickerDialog.h"
 #include "ui/editor/PresetSidebar.h"
 #include "ui/tray/TintedIcon.h"
+#include "ui/widgets/MessageBoxTitle.h"
 #include "ui/widgets/WindowCommandKeys.h"
 
 #include <QApplication>
@@ -255,6 +256,7 @@ void MainWindow::showDeleteConfirmation() {
     QPushButton* cancel = box.addButton(tr("Cancel"), QMessageBox::RejectRole);
     box.setDefaultButton(cancel);
     box.setEscapeButton(cancel);
+    makeRoomForTitle(box);
     box.exec();
     if (box.clickedButton() == remove)
         m_model.confirmDeletion();

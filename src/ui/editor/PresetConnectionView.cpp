@@ -2,6 +2,7 @@
 
 #include "core/editor/PresetEditorModel.h"
 #include "ui/tray/TintedIcon.h"
+#include "ui/widgets/MessageBoxTitle.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -100,6 +101,7 @@ void PresetConnectionView::askToRemoveKey() {
     QPushButton* cancel = box.addButton(tr("Cancel"), QMessageBox::RejectRole);
     box.setDefaultButton(cancel);
     box.setEscapeButton(cancel);
+    makeRoomForTitle(box);
     box.exec();
     if (box.clickedButton() == remove)
         m_model.confirmKeyRemoval();

@@ -192,6 +192,7 @@ void MainWindowTest::deleteConfirmationTexts() {
     QTest::mouseClick(m_controller->window()->sidebar()->deleteButton(), Qt::LeftButton);
     QTRY_VERIFY(!m_store->preset(victim.id));
     QCOMPARE(box.title, QStringLiteral("Delete Preset"));
+    QVERIFY(box.titleFits);
     QCOMPARE(box.text, QStringLiteral("Delete this preset?"));
     QCOMPARE(box.informative, QStringLiteral("“%1” will be permanently deleted.").arg(victim.name));
     QVERIFY(box.buttons.contains(QStringLiteral("Cancel")));
@@ -423,6 +424,7 @@ void MainWindowTest::importOfANonPackShowsTheAlertAndChangesNothing() {
     QCOMPARE(folder, QDir(home.path()).absolutePath());
     QCOMPARE(typed, QString());
     QCOMPARE(box.title, QStringLiteral("Scrivel"));
+    QVERIFY(box.titleFits);
     QCOMPARE(box.text, QStringLiteral("Couldn’t import presets"));
     QCOMPARE(box.informative, QStringLiteral("This file is not a valid Scrivel preset pack."));
     QCOMPARE(box.buttons, QStringList{QStringLiteral("Close")});

@@ -202,6 +202,7 @@ void PresetEditorViewTest::sharedKeyConfirmation() {
     QTest::keyClick(field, Qt::Key_Backspace);
     QTRY_VERIFY(script.done());
     QCOMPARE(box.title, QStringLiteral("Remove API Key"));
+    QVERIFY(box.titleFits);
     QCOMPARE(box.text, QStringLiteral("Remove this API key?"));
     QCOMPARE(box.informative, QStringLiteral("“Mail” also uses this key and will stop working."));
     QVERIFY(box.buttons.contains(QStringLiteral("Remove Key")));
