@@ -29,13 +29,9 @@ QRect availableAreaFor(const QPoint& point, const QList<PanelScreen>& screens) {
     return QRect(0, 0, 0, 0);
 }
 
-} // namespace
-
-QPoint originNextTo(const QPoint& point, const QSize& panelSize,
-                    const QList<PanelScreen>& screens) {
-    const QRect area = availableAreaFor(point, screens);
-    int x = point.x() - horizontalOffset;
-    int y = point.y() + verticalOffset;
+QPoint clampedInto(const QRect& area, QPoint origin, const QSize& panelSize) {
+    int x = origin.x();
+    int y = origin.y();
     x = std::max(x, area.x() + margin);
     x = std::min(x, rightEdge(area) - panelSize.width() - margin);
     // Clamp the bottom first, so a panel taller than the area keeps its top
@@ -43,6 +39,18 @@ QPoint originNextTo(const QPoint& point, const QSize& panelSize,
     y = std::min(y, bottomEdge(area) - panelSize.height() - margin);
     y = std::max(y, area.y() + margin);
     return {x, y};
+}
+
+} // namespace
+
+QPoint originNextTo(const QPoint& point, const QSize& panelSize,
+                    const QList<PanelScreen>& screens) {
+    const QPoint proposed(point.x() - horizontalOffset, point.y() + verticalOffset);
+    return clampedInto(availableAreaFor(point, screens), proposed, panelSize);
+}
+
+QPoint originKeepingInside(const QRect& frame, const QList<PanelScreen>& screens) {
+    return clampedInto(availableAreaFor(frame.topLeft(), screens), frame.topLeft(), frame.size());
 }
 
 QPoint centredAnchor(const QList<PanelScreen>& screens) {

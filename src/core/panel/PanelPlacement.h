@@ -26,6 +26,12 @@ namespace PanelPlacement {
 // at the origin.
 QPoint originNextTo(const QPoint& point, const QSize& panelSize, const QList<PanelScreen>& screens);
 
+// The top-left corner for a shown panel whose frame changed size: the same
+// margins on the screen under its top-left corner (else the primary screen),
+// so a panel that grew past the bottom edge moves up by as much, and one that
+// still fits stays where it is.
+QPoint originKeepingInside(const QRect& frame, const QList<PanelScreen>& screens);
+
 // The point a centred presentation is placed next to: the horizontal middle
 // of the primary screen's available area, 15 % of its height above the
 // vertical middle.

@@ -6,7 +6,6 @@
 
 #include <QCursor>
 #include <QGuiApplication>
-#include <QLayout>
 #include <QScreen>
 
 namespace scrivel {
@@ -70,6 +69,9 @@ void FixPanelController::ensurePanel() {
         if (self)
             self->resignKey();
     });
+    m_panel->setPlacementRule([this](const QSize& size) { return frameKeptOnScreen(size); });
+    // After a drag the window's own position is the one to keep.
+    connect(m_panel, &FixPanelWindow::dragStarted, this, [this] { m_origin.reset(); });
     if (m_traits.prepareWindow)
         m_traits.prepareWindow(m_panel);
 }
@@ -79,12 +81,11 @@ void FixPanelController::present(const QPoint& globalPoint) {
     m_view->flushText();
     // Measured with the text it shows now: a window that changes its size
     // while the window manager is still placing it can be put in the corner.
-    m_view->layout()->activate();
-    m_panel->layout()->activate();
-    m_panel->adjustSize();
+    m_panel->fitToContent();
     const QPoint origin = PanelPlacement::originNextTo(globalPoint, m_panel->frameGeometry().size(),
                                                        currentScreens());
     m_panel->move(origin);
+    m_origin = origin;
     m_model.beginPresentation();
     const bool wasVisible = m_panel->isVisible();
     m_panel->show();
@@ -92,6 +93,15 @@ void FixPanelController::present(const QPoint& globalPoint) {
     m_panel->activateWindow();
     if (!wasVisible)
         Q_EMIT panelShown();
+}
+
+QRect FixPanelController::frameKeptOnScreen(const QSize& size) {
+    // From the corner last asked for rather than the window's position: under
+    // a window manager that position can still be an earlier one reported
+    // back late while a reply grows the panel step after step.
+    const QPoint from = m_origin.value_or(m_panel->frameGeometry().topLeft());
+    m_origin = PanelPlacement::originKeepingInside(QRect(from, size), currentScreens());
+    return QRect(*m_origin, size);
 }
 
 void FixPanelController::presentCentered(const std::optional<QString>& sampleText) {

@@ -79,6 +79,9 @@ Q_SIGNALS:
 private:
     void ensurePanel();
     void resignKey();
+    // A shown panel that grows (a long reply streaming in) moves up rather
+    // than past the bottom of the screen.
+    QRect frameKeptOnScreen(const QSize& size);
     void resetAndHide();
 
     PresetStore& m_presets;
@@ -86,6 +89,8 @@ private:
     PanelWindowTraits m_traits;
     FixPanelView::ShortcutHint m_shortcutHint;
     QPointer<FixPanelWindow> m_panel;
+    // The top-left corner last given to the shown panel; none after a drag.
+    std::optional<QPoint> m_origin;
     FixPanelView* m_view = nullptr;
     bool m_handingBack = false;
 };

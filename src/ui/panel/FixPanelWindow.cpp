@@ -1,6 +1,7 @@
 #include "ui/panel/FixPanelWindow.h"
 
 #include <QEvent>
+#include <QLayout>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -18,17 +19,52 @@ FixPanelWindow::FixPanelWindow(bool composited, QWidget* parent)
     setWindowTitle(QStringLiteral("Scrivel Panel"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
+    // The window takes the content's size itself (see event()): a layout
+    // that fixed it would resize first, and only then could the window be
+    // moved, two requests to the window manager and the grown panel seen
+    // past the screen's edge in between.
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
 }
 
 void FixPanelWindow::setContent(QWidget* content) {
+    m_content = content;
     layout()->addWidget(content);
+}
+
+QSize FixPanelWindow::contentSize() const {
+    return layout()->totalSizeHint();
+}
+
+void FixPanelWindow::setFrame(const QRect& frame) {
+    // Position and size in one request; fixed afterwards, so the window
+    // manager offers no resizing.
+    setMinimumSize(0, 0);
+    setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    setGeometry(frame);
+    setFixedSize(frame.size());
+}
+
+void FixPanelWindow::fitToContent() {
+    // Inner layout first: the window's size is taken from the content's size
+    // hint.
+    if (m_content && m_content->layout())
+        m_content->layout()->activate();
+    layout()->activate();
+    setFrame(QRect(pos(), contentSize()));
 }
 
 bool FixPanelWindow::event(QEvent* event) {
     if (event->type() == QEvent::WindowDeactivate && isVisible() && m_onResignKey)
         m_onResignKey();
-    return QWidget::event(event);
+    const bool handled = QWidget::event(event);
+    // Every change of the content's size hint ends in a layout request here,
+    // after the layout has measured the content again.
+    if (event->type() == QEvent::LayoutRequest && isVisible()) {
+        const QSize wanted = contentSize();
+        if (wanted != size())
+            setFrame(m_placementRule ? m_placementRule(wanted) : QRect(pos(), wanted));
+    }
+    return handled;
 }
 
 void FixPanelWindow::paintEvent(QPaintEvent*) {
@@ -61,6 +97,7 @@ void FixPanelWindow::mousePressEvent(QMouseEvent* event) {
         QWidget::mousePressEvent(event);
         return;
     }
+    Q_EMIT dragStarted();
     // The window manager moves the window where it can; otherwise we do.
     if (windowHandle() && windowHandle()->startSystemMove())
         return;

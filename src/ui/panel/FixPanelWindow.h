@@ -17,11 +17,24 @@ public:
     explicit FixPanelWindow(bool composited, QWidget* parent = nullptr);
 
     void setContent(QWidget* content);
+    // Takes the size the content asks for now. A hidden window's layouts wait
+    // until it is shown; without this it would be measured at the size it had
+    // when it was last on screen.
+    void fitToContent();
+    // Where the shown window goes when its content asks for another size:
+    // given that size, the frame to take. Position and size then change in
+    // one step, so the window is never seen at the new size in the old place.
+    using PlacementRule = std::function<QRect(const QSize& size)>;
+    void setPlacementRule(PlacementRule rule) { m_placementRule = std::move(rule); }
     void setOnResignKey(std::function<void()> onResignKey) {
         m_onResignKey = std::move(onResignKey);
     }
 
     static constexpr int cornerRadius = 14;
+
+Q_SIGNALS:
+    // The user started to drag the window somewhere else.
+    void dragStarted();
 
 protected:
     bool event(QEvent* event) override;
@@ -32,6 +45,11 @@ protected:
 
 private:
     bool m_composited;
+    QWidget* m_content = nullptr;
+    PlacementRule m_placementRule;
+
+    QSize contentSize() const;
+    void setFrame(const QRect& frame);
     std::function<void()> m_onResignKey;
     QPoint m_dragOffset;
     bool m_dragging = false;

@@ -54,6 +54,35 @@ private Q_SLOTS:
         QCOMPARE(PanelPlacement::originNextTo(point, size, screens), origin);
     }
 
+    void originKeepingInside_data() {
+        QTest::addColumn<QRect>("frame");
+        QTest::addColumn<QList<PanelScreen>>("screens");
+        QTest::addColumn<QPoint>("origin");
+
+        const QList<PanelScreen> both{primary, secondary};
+        QTest::newRow("fits: stays") << QRect(576, 312, 440, 300) << both << QPoint(576, 312);
+        QTest::newRow("fits to the margin: stays")
+            << QRect(576, 592, 440, 200) << both << QPoint(576, 592);
+        // Opened at the bottom edge and grown from 120 to 330 px.
+        QTest::newRow("grown past the bottom: moves up by as much")
+            << QRect(576, 672, 440, 330) << both << QPoint(576, 462);
+        QTest::newRow("grown past the second screen's bottom")
+            << QRect(2000, 900, 440, 300) << both << QPoint(2000, 732);
+        QTest::newRow("taller than the area: top stays below the bar")
+            << QRect(576, 672, 440, 1000) << both << QPoint(576, 40);
+        QTest::newRow("past the right edge")
+            << QRect(1000, 100, 440, 120) << QList<PanelScreen>{primary} << QPoint(832, 100);
+        QTest::newRow("dragged off every screen: back onto the primary")
+            << QRect(-900, 700, 440, 200) << both << QPoint(8, 592);
+    }
+
+    void originKeepingInside() {
+        QFETCH(QRect, frame);
+        QFETCH(QList<PanelScreen>, screens);
+        QFETCH(QPoint, origin);
+        QCOMPARE(PanelPlacement::originKeepingInside(frame, screens), origin);
+    }
+
     void centredAnchorIsAboveTheMiddleOfThePrimaryArea() {
         // Area 0,32 1280×768: middle (640, 416), 15 % of 768 above it.
         QCOMPARE(PanelPlacement::centredAnchor({primary, secondary}), QPoint(640, 301));

@@ -247,6 +247,53 @@ private Q_SLOTS:
         QCOMPARE(editor().height(), lineHeight * lines + 8);
     }
 
+    void staysOnScreenAtTheBottomEdge() {
+        const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+        const int lowest = area.y() + area.height() - 8; // the bottom margin
+        // Shown once with the hint and eight lines of text (taller), then
+        // dismissed: the next presentation measures the empty panel.
+        m_controller->setShortcutHint(
+            [] { return QStringLiteral("Press Ctrl+Alt+Return anywhere."); });
+        m_controller->presentCentered(QStringLiteral("1\n2\n3\n4\n5\n6\n7\n8"));
+        QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
+        const int tall = m_controller->panel()->height();
+        QTest::keyClick(m_controller->panel(), Qt::Key_Escape);
+        QVERIFY(!m_controller->isPanelVisible());
+        // The hidden panel's layout requests are handled (and ignored) before
+        // the shortcut shows it again.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+
+        m_controller->present(QPoint(area.center().x(), lowest));
+        QVERIFY(QTest::qWaitForWindowActive(m_controller->panel()));
+        QRect frame = m_controller->panel()->frameGeometry();
+        QVERIFY(frame.height() < tall);
+        QCOMPARE(frame.y() + frame.height(), lowest);
+
+        // A long reply streams in: the panel grows and moves up, its whole
+        // frame on screen at every step.
+        QTest::keyClicks(&editor(), QStringLiteral("teh cat"));
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        QString reply;
+        for (int i = 0; i < 12; ++i) {
+            reply += QStringLiteral("Line %1 of a reply\n").arg(i);
+            m_fake->partials({reply});
+            QTRY_COMPARE(m_controller->model().text(), reply);
+            view().flushText();
+            // The layouts take the new height.
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+            frame = m_controller->panel()->frameGeometry();
+            QVERIFY2(area.adjusted(8, 8, -8, -8).contains(frame),
+                     qPrintable(QStringLiteral("line %1: %2,%3 %4×%5")
+                                    .arg(i)
+                                    .arg(frame.x())
+                                    .arg(frame.y())
+                                    .arg(frame.width())
+                                    .arg(frame.height())));
+        }
+        QCOMPARE(frame.height(), tall - view().hint()->sizeHint().height() - 8);
+        QCOMPARE(frame.y() + frame.height(), lowest);
+    }
+
     void hintNamesTheShortcutOnlyWhenAsked() {
         std::optional<QString> shortcut = QStringLiteral("Ctrl+Alt+Return");
         m_controller->setShortcutHint([&shortcut] { return shortcutHintText(shortcut); });
