@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QTextLayout>
 #include <QTimer>
 #include <cmath>
 
@@ -26,6 +27,10 @@ BoundedTextEditor::BoundedTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
         blended.setColor(group, QPalette::Base, blended.color(group, QPalette::Window));
     setPalette(blended);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The line count sizes the field from the text's length and line breaks,
+    // not from how it wraps: wrapped lines can make the text taller than the
+    // field at any size, and then it scrolls with a bar that says so.
+    setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(this, &QPlainTextEdit::textChanged, this, [this] {
         if (m_pinsScrollToEnd)
@@ -75,10 +80,6 @@ void BoundedTextEditor::applyMetrics() {
     // lines × line height + 8 and the last line is not scrolled away.
     setViewportMargins(horizontal, verticalInset, horizontal, verticalInset - 1);
     setFixedHeight(heightForLines(m_lines));
-    // Below the tallest size the text fits (a scroll bar would only eat the
-    // width); at it, longer texts scroll.
-    setVerticalScrollBarPolicy(m_lines >= m_scrollsFromLines ? Qt::ScrollBarAsNeeded
-                                                             : Qt::ScrollBarAlwaysOff);
 }
 
 void BoundedTextEditor::schedulePinning() {
@@ -100,6 +101,26 @@ void BoundedTextEditor::pinToEnd() {
         setTextCursor(cursor);
     }
     verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+void BoundedTextEditor::paintEvent(QPaintEvent* event) {
+    QPlainTextEdit::paintEvent(event);
+    // Scrolled to a wrapped line inside a paragraph, the text view places it
+    // below the line above without that line's leading, so the last pixel
+    // row of the scrolled-away line shows above the first one: cover it.
+    const QTextBlock block = firstVisibleBlock();
+    if (!block.isValid() || !block.layout())
+        return;
+    const qreal blockTop = blockBoundingGeometry(block).translated(contentOffset()).top();
+    const QTextLayout& layout = *block.layout();
+    for (int i = 0; i < layout.lineCount(); ++i) {
+        const int lineTop = qRound(blockTop + layout.lineAt(i).y());
+        if (lineTop < 0)
+            continue;
+        if (lineTop > 0)
+            QPainter(viewport()).fillRect(0, 0, viewport()->width(), lineTop, palette().base());
+        return;
+    }
 }
 
 bool BoundedTextEditor::event(QEvent* event) {

@@ -23,12 +23,6 @@ public:
 
     // ceil(line height of the body font) × lines + 8.
     int heightForLines(int lines) const;
-    // From how many lines on a scroll bar may appear.
-    void setScrollsFromLines(int lines) {
-        m_scrollsFromLines = lines;
-        applyMetrics();
-    }
-
     // The text as the user sees it, with every line break a line feed and
     // non-breaking spaces kept (toPlainText() would turn them into spaces).
     QString exactText() const { return exactText(*document()); }
@@ -38,6 +32,7 @@ protected:
     // The border is drawn on the editor itself, around the viewport and its
     // insets.
     bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void applyMetrics();
@@ -45,7 +40,6 @@ private:
     void pinToEnd();
 
     int m_lines = 1;
-    int m_scrollsFromLines = 1;
     bool m_showsBorder = false;
     bool m_pinsScrollToEnd = false;
     bool m_pinningScheduled = false;

@@ -14,7 +14,6 @@ PanelTextEditor::PanelTextEditor(QWidget* parent) : BoundedTextEditor(parent) {
     for (QPalette::ColorRole role : {QPalette::Text, QPalette::WindowText})
         readable.setColor(QPalette::Disabled, role, readable.color(QPalette::Active, role));
     setPalette(readable);
-    setScrollsFromLines(PanelTextLines::maximumLines);
     setLines(PanelTextLines::lineCount({}));
 }
 

@@ -10,6 +10,7 @@
 #include "ui/widgets/SettingsStatusLabel.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
@@ -245,6 +246,77 @@ private Q_SLOTS:
         view().flushText();
         const int lineHeight = int(std::ceil(QFontMetricsF(editor().font()).lineSpacing()));
         QCOMPARE(editor().height(), lineHeight * lines + 8);
+    }
+
+    void pastedTextTallerThanTheFieldScrolls_data() {
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<bool>("scrolls");
+        const QString wrapped = QStringLiteral(
+            "Third line: long enough to wrap over several lines in the panel because it goes "
+            "on and on with words that keep coming until it has wrapped at least twice");
+        QTest::newRow("one line") << QStringList{QStringLiteral("teh cat")} << false;
+        QTest::newRow("eight short lines")
+            << QStringList{"1", "2", "3", "4", "5", "6", "7", "8"} << false;
+        // Sized for seven lines by the line rule, nine once wrapped.
+        QTest::newRow("seven lines, one wrapped")
+            << QStringList{"First", "Second", wrapped, "Fourth", "Fifth", "Sixth", "Seventh"}
+            << true;
+        QTest::newRow("eight lines, one wrapped")
+            << QStringList{"First", "Second", wrapped,   "Fourth",
+                           "Fifth", "Sixth",  "Seventh", "Eighth"}
+            << true;
+    }
+    void pastedTextTallerThanTheFieldScrolls() {
+        QFETCH(QStringList, lines);
+        QFETCH(bool, scrolls);
+        show();
+        QApplication::clipboard()->setText(lines.join(u'\n'));
+        QTest::keyClick(&editor(), Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(m_controller->model().text(), lines.join(u'\n'));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+
+        QScrollBar& bar = *editor().verticalScrollBar();
+        QCOMPARE(bar.isVisible(), scrolls);
+        QCOMPARE(bar.maximum() > 0, scrolls);
+        // Both ends can be brought into view: the last line after the paste,
+        // the first one by scrolling back.
+        const QRect viewport = editor().viewport()->rect();
+        QTextCursor end = editor().textCursor();
+        end.movePosition(QTextCursor::End);
+        QVERIFY(viewport.contains(editor().cursorRect(end)));
+        bar.setValue(bar.minimum());
+        QVERIFY(viewport.contains(editor().cursorRect(QTextCursor(editor().document()))));
+    }
+
+    void scrolledTextLeavesNoFragmentsAbove() {
+        show(QStringLiteral("teh cat"));
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        // Paragraphs that wrap: the view is scrolled to wrapped lines.
+        QString reply;
+        for (int i = 1; i <= 12; ++i) {
+            reply += QStringLiteral("Line %1 of a long reply that keeps on growing, gently, so "
+                                    "the panel must grow too.\n")
+                         .arg(i);
+            m_fake->partials({reply});
+            QTRY_COMPARE(m_controller->model().text(), reply);
+            view().flushText();
+            QScrollBar& bar = *editor().verticalScrollBar();
+            QTRY_COMPARE(bar.value(), bar.maximum());
+            // Above the first line wholly in view, only the background.
+            QTextCursor line(editor().document());
+            while (editor().cursorRect(line).top() < 0 && line.movePosition(QTextCursor::Down))
+                ;
+            const int firstLineTop = editor().cursorRect(line).top();
+            const QImage shot = editor().viewport()->grab().toImage();
+            const QColor background = editor().palette().color(QPalette::Base);
+            for (int y = 0; y < firstLineTop; ++y) {
+                for (int x = 0; x < shot.width(); ++x)
+                    QVERIFY2(
+                        shot.pixelColor(x, y) == background,
+                        qPrintable(
+                            QStringLiteral("line %1: a fragment at %2,%3").arg(i).arg(x).arg(y)));
+            }
+        }
     }
 
     void staysOnScreenAtTheBottomEdge() {
