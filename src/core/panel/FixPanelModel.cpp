@@ -20,7 +20,12 @@ bool sameText(const TextSnapshot& a, const TextSnapshot& b) {
 FixPanelModel::FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator,
                              OpenPresets openPresets, CopyResult copyResult, QObject* parent)
     : QObject(parent), m_presets(presets), m_coordinator(coordinator),
-      m_openPresets(std::move(openPresets)), m_copyResult(std::move(copyResult)) {}
+      m_openPresets(std::move(openPresets)), m_copyResult(std::move(copyResult)) {
+    // A preset chosen anywhere else (the tray, the main window) is a change
+    // of preset like one in the panel's own picker.
+    connect(&m_presets, &PresetStore::activePresetIDChanged, this,
+            &FixPanelModel::leaveShownOutcome);
+}
 
 QString FixPanelModel::text() const {
     if (!m_textCache)
@@ -196,6 +201,18 @@ void FixPanelModel::textDidChange() {
 
 void FixPanelModel::selectPreset(const QUuid& id) {
     m_presets.activate(id);
+    leaveShownOutcome();
+    QPointer<FixPanelModel> self(this);
+    QMetaObject::invokeMethod(
+        this,
+        [self] {
+            if (self)
+                self->m_coordinator.prewarm(self->m_presets.activePreset());
+        },
+        Qt::QueuedConnection);
+}
+
+void FixPanelModel::leaveShownOutcome() {
     switch (m_stage.kind) {
     case PanelStage::Kind::copied:
     case PanelStage::Kind::alreadyClean:
@@ -205,14 +222,6 @@ void FixPanelModel::selectPreset(const QUuid& id) {
     default:
         break;
     }
-    QPointer<FixPanelModel> self(this);
-    QMetaObject::invokeMethod(
-        this,
-        [self] {
-            if (self)
-                self->m_coordinator.prewarm(self->m_presets.activePreset());
-        },
-        Qt::QueuedConnection);
 }
 
 std::optional<QUuid> FixPanelModel::activePresetID() const {

@@ -100,6 +100,8 @@ private:
     // Puts text into the editor as the model's own change.
     void showProgrammatically(const TextSnapshot& text);
     void restoreOriginal();
+    // A shown result or failure returns to editing (the text stays).
+    void leaveShownOutcome();
     void finishRun(qint64 generation, const RewriteCoordinator::Result& result);
 
     PresetStore& m_presets;

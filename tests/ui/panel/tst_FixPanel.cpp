@@ -93,6 +93,38 @@ private Q_SLOTS:
         QVERIFY(!revert->isVisible());
     }
 
+    void presetChosenElsewhereReturnsToEditing_data() {
+        QTest::addColumn<bool>("fails");
+        QTest::newRow("after Copied") << false;
+        QTest::newRow("after a failure") << true;
+    }
+    void presetChosenElsewhereReturnsToEditing() {
+        QFETCH(bool, fails);
+        show(QStringLiteral("teh cat"));
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        if (fails)
+            m_fake->fail(TransformFailure::rewrite(RewriteError::timeout()));
+        else
+            m_fake->complete(QStringLiteral("The cat"));
+        QTRY_VERIFY(view().outcome()->isVisible());
+        QCOMPARE(button(QStringLiteral("Revert"))->isVisible(), !fails);
+
+        // The tray's preset menu (and the main window's Use Preset) activate
+        // in the store, not through the panel.
+        m_presets->activate(m_presets->presets()[2].id);
+        QCOMPARE(m_controller->model().stage(), PanelStage::input());
+        QVERIFY(!view().outcome()->isVisible());
+        QVERIFY(!button(QStringLiteral("Revert"))->isVisible());
+        QCOMPARE(view().controls()->picker()->currentText(), m_presets->presets()[2].name);
+        QCOMPARE(m_controller->model().text(),
+                 fails ? QStringLiteral("teh cat") : QStringLiteral("The cat"));
+
+        // A run in progress carries on with the preset it started with.
+        QTest::keyClick(&editor(), Qt::Key_Return);
+        m_presets->activate(m_presets->presets()[1].id);
+        QCOMPARE(m_controller->model().stage(), PanelStage::working());
+    }
+
     void streamedTextAppearsAndStaysAtTheEnd() {
         show(QString(2000, u'x'));
         QTest::keyClick(&editor(), Qt::Key_Return);
