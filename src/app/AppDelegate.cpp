@@ -88,9 +88,10 @@ void AppDelegate::launch() {
 
 void AppDelegate::createFixPanel() {
     QPointer<AppDelegate> self(this);
-    auto openPresets = [self] {
+    // "Open Presets…" after a failed run: on the preset that failed.
+    auto openPresets = [self](const QUuid& presetID) {
         if (self)
-            self->openMainWindow(false);
+            self->m_mainWindow->presentPreset(presetID, self->presetsChangedHandler());
     };
     Clipboard& clipboard = m_clipboard;
     auto copyResult = [&clipboard](const QString& text) {
@@ -245,13 +246,17 @@ void AppDelegate::openMainWindow(bool selectSettings) {
         m_openMainWindow(selectSettings);
         return;
     }
+    m_mainWindow->present(selectSettings, presetsChangedHandler());
+}
+
+std::function<void()> AppDelegate::presetsChangedHandler() {
     // Every change of a preset made in the window (and every import) may
     // have changed the active preset, which is prepared again.
     QPointer<AppDelegate> self(this);
-    m_mainWindow->present(selectSettings, [self] {
+    return [self] {
         if (self)
             QTimer::singleShot(0, self, &AppDelegate::prewarmActivePreset);
-    });
+    };
 }
 
 } // namespace scrivel

@@ -96,6 +96,7 @@ private:
     void showPanelAtFirstLaunch();
     void createStorageAlerts(const std::optional<PresetStoreProblem>& presetProblem);
     void openMainWindow(bool selectSettings);
+    std::function<void()> presetsChangedHandler();
 
     LinuxServices& m_services;
     Clipboard& m_clipboard;

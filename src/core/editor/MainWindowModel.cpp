@@ -33,6 +33,13 @@ void MainWindowModel::prepareSelection(bool showSettings) {
     setSelection(active ? std::optional(MainSidebarItem::preset(active->id)) : std::nullopt);
 }
 
+void MainWindowModel::prepareSelection(const QUuid& presetID) {
+    if (m_store.preset(presetID))
+        setSelection(MainSidebarItem::preset(presetID));
+    else
+        prepareSelection(false);
+}
+
 void MainWindowModel::setShowingPackPicker(bool showing) {
     if (showing == m_isShowingPackPicker)
         return;

@@ -34,6 +34,9 @@ public:
     // Before the window is shown: the settings entry, or the selected preset
     // when it still exists and otherwise the active one.
     void prepareSelection(bool showSettings);
+    // Before the window is shown on one preset (the one a failed run used):
+    // that preset when the store holds it, otherwise as for the presets.
+    void prepareSelection(const QUuid& presetID);
 
     bool isShowingPackPicker() const { return m_isShowingPackPicker; }
     void setShowingPackPicker(bool showing);

@@ -98,6 +98,7 @@ void FixPanelModel::run() {
     if (!canRun())
         return;
     const Preset preset = *m_presets.activePreset();
+    m_runPresetID = preset.id;
     const QString input = text();
     setOriginalText(input);
     setShowsShortcutHint(false);
@@ -238,7 +239,7 @@ void FixPanelModel::setActivePresetID(const std::optional<QUuid>& id) {
 
 void FixPanelModel::openPresets() const {
     if (m_openPresets)
-        m_openPresets();
+        m_openPresets(m_runPresetID);
 }
 
 } // namespace scrivel

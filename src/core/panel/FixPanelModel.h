@@ -47,7 +47,8 @@ class FixPanelModel : public QObject {
 public:
     using Stage = PanelStage;
     using CopyResult = std::function<bool(const QString&)>;
-    using OpenPresets = std::function<void()>;
+    // Opens the presets on the one the last run used (null before any run).
+    using OpenPresets = std::function<void(const QUuid& presetID)>;
 
     FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator, OpenPresets openPresets,
                   CopyResult copyResult, QObject* parent = nullptr);
@@ -118,6 +119,7 @@ private:
     std::optional<TextSnapshot> m_programmaticText;
     Future<RewriteCoordinator::Result> m_operation;
     qint64 m_runGeneration = 0;
+    QUuid m_runPresetID;
 };
 
 } // namespace scrivel

@@ -33,9 +33,19 @@ void MainWindowController::presetsDidChange() {
 }
 
 void MainWindowController::present(bool selectSettings, std::function<void()> presetsChanged) {
+    m_model->prepareSelection(selectSettings);
+    show(std::move(presetsChanged));
+}
+
+void MainWindowController::presentPreset(const QUuid& presetID,
+                                         std::function<void()> presetsChanged) {
+    m_model->prepareSelection(presetID);
+    show(std::move(presetsChanged));
+}
+
+void MainWindowController::show(std::function<void()> presetsChanged) {
     if (presetsChanged)
         m_presetsChanged = std::move(presetsChanged);
-    m_model->prepareSelection(selectSettings);
     if (!m_window) {
         m_window = new MainWindow(*m_model, m_services);
         connect(m_window, &MainWindow::settingsRequested, this,

@@ -32,6 +32,8 @@ public:
     // to the front. presetsChanged is called after every change of a preset
     // made in the window, and after imports.
     void present(bool selectSettings, std::function<void()> presetsChanged = {});
+    // Opens the window on this preset (when the store still holds it).
+    void presentPreset(const QUuid& presetID, std::function<void()> presetsChanged = {});
 
     // The main menu's actions. Each opens the window on the presets first.
     void showSettings();
@@ -56,6 +58,7 @@ Q_SIGNALS:
 
 private:
     void presetsDidChange();
+    void show(std::function<void()> presetsChanged);
 
     MainWindowServices m_services;
     std::unique_ptr<MainWindowModel> m_model;

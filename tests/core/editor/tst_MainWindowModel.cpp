@@ -124,6 +124,11 @@ void MainWindowModelTest::openingPreparesTheSelection() {
     QCOMPARE(m_model->selection(), MainSidebarItem::settings());
     m_model->prepareSelection(false);
     QCOMPARE(m_model->selection(), MainSidebarItem::preset(presets[2].id));
+    // On one preset ("Open Presets…" after a failed run), whatever was shown.
+    m_model->prepareSelection(presets[0].id);
+    QCOMPARE(m_model->selection(), MainSidebarItem::preset(presets[0].id));
+    m_model->prepareSelection(QUuid::createUuid()); // gone: the rule above
+    QCOMPARE(m_model->selection(), MainSidebarItem::preset(presets[0].id));
 }
 
 void MainWindowModelTest::importSelectsTheFirstAffectedPreset() {

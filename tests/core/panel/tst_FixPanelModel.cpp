@@ -52,7 +52,7 @@ private Q_SLOTS:
         m_copied.clear();
         m_copySucceeds = true;
         m_model = std::make_unique<FixPanelModel>(
-            *m_presets, *m_coordinator, [] {},
+            *m_presets, *m_coordinator, [](const QUuid&) {},
             [this](const QString& text) {
                 m_copied << text;
                 return m_copySucceeds;

@@ -76,7 +76,7 @@ private Q_SLOTS:
         m_transformer = std::make_unique<FakeTransformer>();
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_transformer);
         m_model = std::make_unique<FixPanelModel>(
-            *m_presets, *m_coordinator, [] {}, [](const QString&) { return true; });
+            *m_presets, *m_coordinator, [](const QUuid&) {}, [](const QString&) { return true; });
         m_desktop = std::make_unique<FakeSelectionDesktop>();
         m_events.clear();
         makeHandoff();

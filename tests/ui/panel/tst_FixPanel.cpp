@@ -36,7 +36,7 @@ private Q_SLOTS:
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_fake);
         m_copied.clear();
         m_controller = std::make_unique<FixPanelController>(
-            *m_presets, *m_coordinator, [] {},
+            *m_presets, *m_coordinator, [](const QUuid&) {},
             [this](const QString& text) {
                 m_copied << text;
                 return true;
@@ -432,7 +432,8 @@ private Q_SLOTS:
         PanelWindowTraits traits;
         traits.opensAtPointer = atPointer;
         m_controller = std::make_unique<FixPanelController>(
-            *m_presets, *m_coordinator, [] {}, [](const QString&) { return true; }, traits);
+            *m_presets, *m_coordinator, [](const QUuid&) {}, [](const QString&) { return true; },
+            traits);
         m_controller->presentCentered(std::nullopt);
         QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
         const QPoint centred = m_controller->panel()->pos();
