@@ -111,13 +111,33 @@ void KeyboardShortcuts::setRecorderActive(bool active) {
     if (m_recorderActive == active)
         return;
     m_recorderActive = active;
+    // A grabbed combination goes to the grab, never to the focused window:
+    // the recorder could not see the shortcut now in use. Its grabs are let
+    // go while it records and taken again after (the new shortcut's, when it
+    // recorded one).
+    if (active) {
+        for (const HotKey& record : std::as_const(m_records))
+            m_hotKeys.unregisterHotKey(hotKeySignature, record.id);
+        m_records.clear();
+    } else {
+        const QList<Shortcut> registered = m_registered.values();
+        for (const Shortcut& shortcut : registered)
+            grab(shortcut);
+    }
     Q_EMIT recorderActiveChanged(active);
 }
 
 void KeyboardShortcuts::registerShortcut(const Shortcut& shortcut) {
+    m_registered.insert(shortcut);
+    if (!m_recorderActive)
+        grab(shortcut);
+}
+
+void KeyboardShortcuts::grab(const Shortcut& shortcut) {
     const quint32 id = ++m_idCounter;
     const auto registered = m_hotKeys.registerHotKey(shortcut, hotKeySignature, id);
     if (!registered) {
+        m_registered.remove(shortcut);
         // A session without global shortcuts is reported once by the
         // service, not at every registration.
         if (registered.error().kind != HotKeyError::Kind::unavailable)
@@ -129,7 +149,6 @@ void KeyboardShortcuts::registerShortcut(const Shortcut& shortcut) {
         return;
     }
     m_records.insert(id, HotKey{shortcut, id});
-    m_registered.insert(shortcut);
 }
 
 void KeyboardShortcuts::unregisterShortcut(const Shortcut& shortcut) {
@@ -149,9 +168,6 @@ bool KeyboardShortcuts::dispatch(quint32 signature, quint32 id, HotKeyService::E
     const auto record = m_records.constFind(id);
     if (record == m_records.constEnd())
         return false;
-    // Swallowed, not passed on: the recorder takes the keys as a recording.
-    if (m_recorderActive)
-        return true;
     // A handler may change the registrations; work on a copy of the record.
     const Shortcut shortcut = record->shortcut;
     runHandlers(kind == HotKeyService::EventKind::pressed ? m_keyDownHandlers : m_keyUpHandlers,

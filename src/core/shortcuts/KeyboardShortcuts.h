@@ -73,8 +73,9 @@ public:
         m_hotKeys.configureInDesktop(activationToken);
     }
 
-    // Set while a recorder is recording: hot-key events are then ignored, so
-    // pressing the current shortcut records it instead of firing it.
+    // Set while a recorder is recording: the shortcuts stay registered but
+    // their grabs are let go, so pressing the current shortcut reaches the
+    // recorder and is recorded instead of firing it.
     bool isRecorderActive() const { return m_recorderActive; }
     void setRecorderActive(bool active);
 
@@ -105,6 +106,8 @@ private:
     std::optional<Shortcut> storedShortcut(const Name& name) const;
     void attach(QHash<QString, QList<Action>>& handlers, const Name& name, Action action);
     void registerShortcut(const Shortcut& shortcut);
+    // The hot-key service's part of registering (held back while recording).
+    void grab(const Shortcut& shortcut);
     void unregisterShortcut(const Shortcut& shortcut);
     void runHandlers(const QHash<QString, QList<Action>>& handlers, const Shortcut& shortcut);
 
@@ -113,6 +116,7 @@ private:
     QHash<QString, Name> m_names;
     QHash<QString, QList<Action>> m_keyDownHandlers;
     QHash<QString, QList<Action>> m_keyUpHandlers;
+    // Registered shortcuts; those in m_records are grabbed from the service.
     QSet<Shortcut> m_registered;
     QHash<quint32, HotKey> m_records;
     quint32 m_idCounter = 0;

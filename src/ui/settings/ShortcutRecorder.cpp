@@ -167,9 +167,10 @@ void ShortcutRecorder::showSystemAlert(const Shortcut& shortcut) {
 void ShortcutRecorder::focusInEvent(QFocusEvent* event) {
     QLineEdit::focusInEvent(event);
     // Tabbing in records at once; focus coming back from our own alert or
-    // another window leaves the field as it is.
-    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
-        event->reason() == Qt::MouseFocusReason)
+    // another window leaves the field as it is. A click records from
+    // mousePressEvent, and only on the field: a click on its clear button
+    // also brings the focus here, and must clear, not record.
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
         m_model.startRecording();
 }
 

@@ -134,6 +134,45 @@ private Q_SLOTS:
         QVERIFY(f.service.isRegistered(ctrlAltReturn));
     }
 
+    void recordingLetsTheGrabsGo() {
+        InMemorySettingsStore settings;
+        Fixture f(settings);
+        int toggles = 0;
+        f.shortcuts.onKeyUp(rewrite, [&] { ++toggles; });
+        QVERIFY(f.service.isRegistered(ctrlAltReturn));
+
+        // The recorder must see the combination in use, not its grab.
+        f.shortcuts.setRecorderActive(true);
+        QVERIFY(f.service.registered().isEmpty());
+        QVERIFY(f.shortcuts.isRegistered(ctrlAltReturn)); // still ours
+        QVERIFY(!f.shortcuts.isTakenByAnotherClient(ctrlAltReturn));
+        f.shortcuts.setShortcut(ctrlShiftK, rewrite); // what it recorded
+        QVERIFY(f.service.registered().isEmpty());
+        f.shortcuts.setRecorderActive(false);
+        QCOMPARE(f.service.registered(), QList{ctrlShiftK});
+        QVERIFY(f.service.release(ctrlShiftK));
+        QCOMPARE(toggles, 1);
+
+        // Recording that ends without a change takes the same grab again; one
+        // that cleared the shortcut takes none.
+        f.shortcuts.setRecorderActive(true);
+        f.shortcuts.setRecorderActive(false);
+        QCOMPARE(f.service.registered(), QList{ctrlShiftK});
+        f.shortcuts.setRecorderActive(true);
+        f.shortcuts.setShortcut(std::nullopt, rewrite);
+        f.shortcuts.setRecorderActive(false);
+        QVERIFY(f.service.registered().isEmpty());
+
+        // Taken by another client meanwhile: reported as at any registration.
+        f.shortcuts.setShortcut(ctrlAltReturn, rewrite);
+        f.shortcuts.setRecorderActive(true);
+        f.service.takenByOthers.insert(ctrlAltReturn);
+        QSignalSpy failed(&f.shortcuts, &KeyboardShortcuts::registrationFailed);
+        f.shortcuts.setRecorderActive(false);
+        QCOMPARE(failed.size(), 1);
+        QVERIFY(!f.shortcuts.isRegistered(ctrlAltReturn));
+    }
+
     void dispatch_data() {
         QTest::addColumn<quint32>("signature");
         QTest::addColumn<int>("idOffset"); // added to the registered identifier
@@ -142,7 +181,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("pressLog"); // after one press and one release
         const quint32 ours = KeyboardShortcuts::hotKeySignature;
         QTest::newRow("ours") << ours << 0 << false << true << "down:a down:b up:a up:a2 up:b";
-        QTest::newRow("recorder active") << ours << 0 << true << true << "";
+        // While a recorder records, nothing is grabbed: the event is not ours.
+        QTest::newRow("recorder active") << ours << 0 << true << false << "";
         QTest::newRow("other signature") << quint32(0x41424344) << 0 << false << false << "";
         QTest::newRow("unknown identifier") << ours << 7 << false << false << "";
     }

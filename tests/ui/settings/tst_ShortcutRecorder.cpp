@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <QtTest>
 
@@ -85,6 +86,34 @@ private Q_SLOTS:
         QCOMPARE(m_recorder->text(), QString());
         QCOMPARE(m_settings->boolean(rewrite.settingsKey()), std::optional(false));
         QVERIFY(m_service->registered().isEmpty());
+    }
+
+    void currentShortcutIsRecordedNotFired() {
+        // Recording lets the grab go: the combination reaches the field.
+        QVERIFY(!m_service->isRegistered(Shortcut{36, 6144}));
+        QTest::keyClick(m_recorder, Qt::Key_Return, Qt::ControlModifier | Qt::AltModifier);
+        QVERIFY(!m_recorder->model().isRecording());
+        QCOMPARE(m_recorder->text(), QStringLiteral("Ctrl+Alt+Return"));
+        QVERIFY(m_service->isRegistered(Shortcut{36, 6144}));
+    }
+
+    void clearButtonClearsRightAfterRecording() {
+        QTest::keyClick(m_recorder, Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::mouseClick(m_next, Qt::LeftButton); // recording is over, focus elsewhere
+        QVERIFY(m_next->hasFocus());
+        QToolButton* clear = nullptr;
+        for (QToolButton* button : m_recorder->findChildren<QToolButton*>())
+            if (button->defaultAction() == m_recorder->actions().first())
+                clear = button;
+        QVERIFY(clear && clear->isVisible());
+        QTest::mouseClick(clear, Qt::LeftButton);
+        QVERIFY(!m_recorder->model().isRecording());
+        QCOMPARE(m_recorder->text(), QString());
+        QCOMPARE(m_shortcuts->shortcut(rewrite), std::nullopt);
+        // A click on the field itself records.
+        QTest::mouseClick(m_next, Qt::LeftButton);
+        QTest::mouseClick(m_recorder, Qt::LeftButton, {}, QPoint(8, m_recorder->height() / 2));
+        QVERIFY(m_recorder->model().isRecording());
     }
 
     void escapeKeepsAndTabMovesOn() {
