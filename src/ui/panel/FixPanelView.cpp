@@ -9,9 +9,12 @@
 #include "ui/widgets/SettingsStatusLabel.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
+#include <QSpacerItem>
 #include <QTextCursor>
 #include <QVBoxLayout>
 
@@ -21,7 +24,13 @@ namespace {
 constexpr int panelWidth = 440;
 constexpr int padding = 16;
 constexpr int spacing = 8;
+constexpr int iconTop = 5;        // level with the first line of text
 constexpr int frameInterval = 16; // ms, about one display frame
+// The ring drawn around the focused control: outside it, in the spacing
+// between controls.
+constexpr qreal focusRingWidth = 2;
+constexpr qreal focusRingGap = 3;
+constexpr qreal focusRingRadius = 5;
 } // namespace
 
 FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
@@ -37,14 +46,16 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
 
     auto* editorRow = new QHBoxLayout;
     editorRow->setSpacing(spacing);
-    auto* icon = new QLabel(this);
+    // The icon is decoration: painted in a space of its own rather than
+    // shown by a widget, it is no unnamed image to a screen reader.
     const int iconSide = fontMetrics().height() + 2;
-    icon->setPixmap(tintedSvgPixmap(QStringLiteral(":/icons/panel-bubble.svg"),
-                                    palette().color(QPalette::Highlight), {iconSide, iconSide},
-                                    devicePixelRatioF()));
-    icon->setContentsMargins(0, 5, 0, 0);
-    icon->setAccessibleName(QString());
-    editorRow->addWidget(icon, 0, Qt::AlignTop);
+    m_icon = tintedSvgPixmap(QStringLiteral(":/icons/panel-bubble.svg"),
+                             palette().color(QPalette::Highlight), {iconSide, iconSide},
+                             devicePixelRatioF());
+    // A box layout adds no spacing next to a spacer: it is part of the space.
+    m_iconSpace = new QSpacerItem(iconSide + spacing, iconTop + iconSide, QSizePolicy::Fixed,
+                                  QSizePolicy::Fixed);
+    editorRow->addItem(m_iconSpace);
     editorRow->addWidget(m_editor, 1);
     layout->addLayout(editorRow);
 
@@ -95,10 +106,36 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     connect(&m_presets, &PresetStore::activePresetIDChanged, this, &FixPanelView::applyState);
     connect(&m_presets, &PresetStore::presetsChanged, this, &FixPanelView::applyState);
 
+    // The focus ring follows the focus between the panel's controls.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* from, QWidget* to) {
+        if ((from && isAncestorOf(from)) || (to && isAncestorOf(to)))
+            update();
+    });
+
     rebuildPresetKeys();
     showModelText();
     applyState();
     refreshShortcutHint();
+}
+
+void FixPanelView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.drawPixmap(QPoint(m_iconSpace->geometry().left(), m_editor->geometry().top() + iconTop),
+                       m_icon);
+
+    // The text field has no frame and the Run button always looks like the
+    // default button, so the focus is drawn here, around whichever control
+    // has it, for every control alike.
+    QWidget* focused = QApplication::focusWidget();
+    if (!focused || !isAncestorOf(focused) || !isActiveWindow() || !focused->isVisible())
+        return;
+    const QRect box(focused->mapTo(this, QPoint(0, 0)), focused->size());
+    painter.setPen(QPen(palette().color(QPalette::Highlight), focusRingWidth));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(
+        QRectF(box).adjusted(-focusRingGap, -focusRingGap, focusRingGap, focusRingGap),
+        focusRingRadius, focusRingRadius);
 }
 
 void FixPanelView::setShortcutHint(ShortcutHint shortcutHint) {

@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 #include <QList>
+#include <QPixmap>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -11,6 +12,7 @@
 
 class QAction;
 class QLabel;
+class QSpacerItem;
 
 namespace scrivel {
 
@@ -48,6 +50,9 @@ public:
     QLabel* hint() const { return m_hint; }
     const QList<QAction*>& presetKeys() const { return m_presetKeys; }
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     void onModelTextChanged();
     void showModelText();
@@ -66,6 +71,8 @@ private:
     FixPanelControlsRow* m_controls;
     QLabel* m_hint;
     QList<QAction*> m_presetKeys;
+    QPixmap m_icon;
+    QSpacerItem* m_iconSpace;
 
     // A streamed reply changes the text thousands of times; the editor is
     // brought up to date at most once a frame.

@@ -1,5 +1,6 @@
 #include "ui/panel/FixPanelWindow.h"
 
+#include <QAccessibleWidget>
 #include <QEvent>
 #include <QLayout>
 #include <QMouseEvent>
@@ -10,9 +11,24 @@
 
 namespace scrivel {
 
+namespace {
+
+// A plain top-level widget is a "client" area to assistive technology (a
+// filler to AT-SPI): the panel is a window, named by its title.
+QAccessibleInterface* panelAccessible(const QString& className, QObject* object) {
+    if (className == QLatin1String(FixPanelWindow::staticMetaObject.className()) &&
+        object->isWidgetType())
+        return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Window);
+    return nullptr;
+}
+
+} // namespace
+
 FixPanelWindow::FixPanelWindow(bool composited, QWidget* parent)
     : QWidget(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
       m_composited(composited) {
+    static const bool accessibleAsWindow = (QAccessible::installFactory(&panelAccessible), true);
+    Q_UNUSED(accessibleAsWindow);
     setAttribute(Qt::WA_TranslucentBackground, composited);
     setAttribute(Qt::WA_ShowWithoutActivating, false);
     // Named apart from the main window, for window lists and scripts.

@@ -9,6 +9,7 @@
 #include "ui/panel/PanelTextEditor.h"
 #include "ui/widgets/SettingsStatusLabel.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
@@ -396,6 +397,55 @@ private Q_SLOTS:
         }
         QCOMPARE(frame.height(), tall - view().hint()->sizeHint().height() - 8);
         QCOMPARE(frame.y() + frame.height(), lowest);
+    }
+
+    void accessibleAsANamedWindow() {
+        show(QStringLiteral("teh cat"));
+        QAccessibleInterface* window = QAccessible::queryAccessibleInterface(m_controller->panel());
+        QVERIFY(window);
+        QCOMPARE(window->role(), QAccessible::Window);
+        QCOMPARE(window->text(QAccessible::Name), QStringLiteral("Scrivel Panel"));
+        // Every control a screen reader reaches says what it is; nothing
+        // decorative is left over as an unnamed image.
+        const auto check = [](QAccessibleInterface* node, auto& self) -> void {
+            for (int i = 0; i < node->childCount(); ++i) {
+                QAccessibleInterface* child = node->child(i);
+                if (!child || child->state().invisible)
+                    continue;
+                const QAccessible::Role role = child->role();
+                if (role == QAccessible::Button || role == QAccessible::Graphic ||
+                    role == QAccessible::ComboBox || role == QAccessible::EditableText)
+                    QVERIFY2(!child->text(QAccessible::Name).isEmpty(),
+                             qPrintable(QStringLiteral("role %1").arg(int(role))));
+                self(child, self);
+            }
+        };
+        check(window, check);
+    }
+
+    void focusRingFollowsTheFocus() {
+        show(QStringLiteral("teh cat"));
+        const QColor ring = view().palette().color(QPalette::Highlight);
+        // Just outside the focused control, on its left edge.
+        const auto ringAt = [&](QWidget* control) {
+            const QImage shot = view().grab().toImage();
+            const QRect box(control->mapTo(&view(), QPoint(0, 0)), control->size());
+            const QColor seen = shot.pixelColor(box.left() - 3, box.center().y());
+            return qAbs(seen.red() - ring.red()) + qAbs(seen.green() - ring.green()) +
+                       qAbs(seen.blue() - ring.blue()) <
+                   60;
+        };
+        QVERIFY(ringAt(&editor()));
+        QComboBox* picker = view().controls()->picker();
+        QVERIFY(!ringAt(picker));
+        QTest::keyClick(&editor(), Qt::Key_Tab);
+        QTRY_VERIFY(picker->hasFocus());
+        QVERIFY(ringAt(picker));
+        QVERIFY(!ringAt(&editor()));
+        QTest::keyClick(picker, Qt::Key_Tab);
+        QPushButton* run = view().controls()->runButton();
+        QTRY_VERIFY(run->hasFocus());
+        QVERIFY(ringAt(run));
     }
 
     void hintNamesTheShortcutOnlyWhenAsked() {
