@@ -3,6 +3,7 @@
 #include "cli/PresetLookup.h"
 #include "core/pipeline/OutputCleaning.h"
 #include "core/providers/ProviderCatalog.h"
+#include "core/storage/KeyStorePlace.h"
 
 #include <QUrl>
 
@@ -11,6 +12,9 @@ namespace scrivel::cli::Hints {
 namespace {
 
 QString keyStoreHint() {
+    if (currentKeyStorePlace() == KeyStorePlace::privateKeyFile)
+        return QStringLiteral("Check that Scrivel’s key file can be read and written; move a "
+                              "damaged one aside to start a new one.");
     return QStringLiteral("Check that a Secret Service (such as GNOME Keyring) is running and "
                           "unlocked, or keep keys in a private file: SCRIVEL_SECRET_STORE=file "
                           "scrivel-cli …");
