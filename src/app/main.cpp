@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/AppStateExport.h"
 #include "app/SingleInstance.h"
+#include "core/support/Translations.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxServices.h"
 #include "platform/linux/LogindWakeObserver.h"
@@ -99,6 +100,7 @@ int main(int argc, char** argv) {
     qtMessageHandler = qInstallMessageHandler(dropRuntimeFolderWarnings);
     QGuiApplication::setDesktopFileName(QStringLiteral("com.scrivel.app"));
     QApplication app(argc, argv);
+    scrivel::Translations::install(app);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/scrivel.svg")));
     parser.process(app);
