@@ -74,14 +74,13 @@ EditState editStateOf(const QWidget* focus, bool readClipboard) {
     return state;
 }
 
-// Edit commands go to whichever text field has the focus.
-void sendToFocus(const char* slot) {
-    QWidget* focus = QApplication::focusWidget();
-    if (!focus)
+// Edit commands go to the text field that had the focus last.
+void sendTo(QWidget* target, const char* slot) {
+    if (!target)
         return;
     const QByteArray signature = QByteArray(slot) + "()";
-    if (focus->metaObject()->indexOfMethod(signature.constData()) >= 0)
-        QMetaObject::invokeMethod(focus, slot);
+    if (target->metaObject()->indexOfMethod(signature.constData()) >= 0)
+        QMetaObject::invokeMethod(target, slot);
 }
 
 QWidget* emptyState(QWidget* parent) {
@@ -172,6 +171,8 @@ MainWindow::MainWindow(MainWindowModel& model, const MainWindowServices& service
 }
 
 MainWindow::~MainWindow() {
+    // Focus moves while the widgets go; the menus' actions may be gone by then.
+    disconnect(m_focusWatch);
     // The view goes first: it holds on to the editor model.
     delete m_detailWidget;
     m_editorView = nullptr;
@@ -193,7 +194,8 @@ void MainWindow::buildMenus() {
 
     m_editMenu = menuBar()->addMenu(tr("&Edit"));
     const auto editAction = [this](const QString& text, const char* slot, QKeySequence keys) {
-        QAction* action = m_editMenu->addAction(text, this, [slot] { sendToFocus(slot); });
+        QAction* action =
+            m_editMenu->addAction(text, this, [this, slot] { sendTo(m_editTarget, slot); });
         action->setShortcut(keys);
         return action;
     };
@@ -208,7 +210,14 @@ void MainWindow::buildMenus() {
     connect(m_editMenu, &QMenu::aboutToShow, this, [this] { updateEditActions(true); });
     // Kept current while the menu is closed too, so that a shortcut of a
     // command with nothing to act on does nothing.
-    connect(qApp, &QApplication::focusChanged, this, [this] { updateEditActions(false); });
+    // The menu bar and its menus take the focus while they are used (after
+    // Escape, the bar keeps it): the commands stay with the field before.
+    m_focusWatch = connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        if (qobject_cast<QMenuBar*>(now) || qobject_cast<QMenu*>(now))
+            return;
+        m_editTarget = now && isAncestorOf(now) ? now : nullptr;
+        updateEditActions(false);
+    });
     updateEditActions(false);
 
     m_presetsMenu = menuBar()->addMenu(tr("&Presets"));
@@ -236,7 +245,7 @@ void MainWindow::buildMenus() {
 }
 
 void MainWindow::updateEditActions(bool readClipboard) {
-    const EditState state = editStateOf(QApplication::focusWidget(), readClipboard);
+    const EditState state = editStateOf(m_editTarget, readClipboard);
     m_undo->setEnabled(state.undo);
     m_redo->setEnabled(state.redo);
     m_cut->setEnabled(state.cut);

@@ -24,6 +24,7 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
+    // A settings key: not translated.
     static QString frameKey() { return QStringLiteral("Scrivel Main"); }
     static QSize initialSize() { return {880, 640}; }
     static QSize minimumContentSize() { return {720, 520}; }
@@ -80,6 +81,10 @@ private:
     Future<std::optional<UnavailableReason>> m_onDeviceStatus;
     QPointer<PresetPackPickerDialog> m_packPicker;
     QMenu* m_editMenu = nullptr;
+    // The widget the Edit menu acts on: the last one in this window that
+    // had the focus.
+    QPointer<QWidget> m_editTarget;
+    QMetaObject::Connection m_focusWatch;
     QAction* m_undo = nullptr;
     QAction* m_redo = nullptr;
     QAction* m_cut = nullptr;

@@ -394,6 +394,12 @@ void MainWindowTest::editMenuOffersOnlyWhatTheFocusedFieldCanDo() {
     QCOMPARE(enabled(), QStringList()); // empty, nothing done, nothing to paste
     QTest::keyClicks(field, QStringLiteral("abc"));
     QCOMPARE(enabled(), QStringList({"Undo", "Select All"}));
+    // The menu bar holding the focus (as it does after Escape) still acts on
+    // the field.
+    window->menuBar()->setFocus();
+    QTRY_COMPARE(QApplication::focusWidget(), window->menuBar());
+    QCOMPARE(enabled(), QStringList({"Undo", "Select All"}));
+    field->setFocus();
     field->selectAll();
     QCOMPARE(enabled(), QStringList({"Undo", "Cut", "Copy", "Select All"}));
     // The menu's commands reach the field.
