@@ -16,6 +16,7 @@ struct OnDeviceText {
 };
 
 QString promptFor(const QString& text) {
+    // Read by the model, never by the user: not translated.
     return QStringLiteral("Apply your instructions to the content of <input> and return only the "
                           "result.\n\n<input>\n") +
            text + QStringLiteral("\n</input>");
@@ -94,6 +95,7 @@ OnDeviceModel::GenerationRequest OnDeviceProvider::generationRequest(const QStri
     OnDeviceModel::GenerationRequest request;
     request.prompt = promptFor(text);
     request.typeName = QStringLiteral("TransformedCopy");
+    // The schema's description is read by the model: not translated.
     request.properties = {{QStringLiteral("transformedText"),
                            QStringLiteral("The full transformed text only. No preface, no "
                                           "commentary.")}};
