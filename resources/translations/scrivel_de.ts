@@ -20,7 +20,7 @@
     <name>CliApplication</name>
     <message>
         <source>rewrite FILE or standard input</source>
-        <translation>DATEI oder die Standardeingabe umschreiben</translation>
+        <translation>FILE oder die Standardeingabe umschreiben</translation>
     </message>
     <message>
         <source>list the presets (* marks the active one)</source>
@@ -121,7 +121,7 @@ ausführbar, 4 Fehler beim Anbieter, 130 abgebrochen.</translation>
     </message>
     <message>
         <source>Rewrites FILE (or standard input) with a preset and writes the result to standard output. On a terminal the reply streams in on standard error.</source>
-        <translation>Schreibt DATEI (oder die Standardeingabe) mit einer Voreinstellung um und gibt das Ergebnis auf der Standardausgabe aus. Im Terminal erscheint die Antwort nach und nach auf der Standardfehlerausgabe.</translation>
+        <translation>Schreibt FILE (oder die Standardeingabe) mit einer Voreinstellung um und gibt das Ergebnis auf der Standardausgabe aus. Im Terminal erscheint die Antwort nach und nach auf der Standardfehlerausgabe.</translation>
     </message>
     <message>
         <source>The preset to use (default: the active one).</source>
@@ -133,7 +133,7 @@ ausführbar, 4 Fehler beim Anbieter, 130 abgebrochen.</translation>
     </message>
     <message>
         <source>rewrite takes at most one FILE.</source>
-        <translation>rewrite nimmt höchstens eine DATEI.</translation>
+        <translation>rewrite nimmt höchstens eine Datei (FILE).</translation>
     </message>
     <message>
         <source>There are no presets.</source>
@@ -189,7 +189,7 @@ ausführbar, 4 Fehler beim Anbieter, 130 abgebrochen.</translation>
     </message>
     <message>
         <source>export: replace FILE if it exists.</source>
-        <translation>export: DATEI ersetzen, falls sie existiert.</translation>
+        <translation>export: FILE ersetzen, falls vorhanden.</translation>
     </message>
     <message>
         <source>edit: the model to use.</source>
@@ -216,7 +216,7 @@ ausführbar, 4 Fehler beim Anbieter, 130 abgebrochen.</translation>
   scrivel-cli presets export %2 FILE
 To export every preset into a file of that name, write ./%1 instead.</source>
         <translation>„%1“ ist der Name einer Voreinstellung. Um sie zu exportieren, nennen Sie auch die Datei:
-  scrivel-cli presets export %2 DATEI
+  scrivel-cli presets export %2 FILE
 Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben Sie stattdessen ./%1.</translation>
     </message>
     <message>
@@ -290,6 +290,10 @@ Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben S
     <message>
         <source>Shows whether the active preset can run. Exits with 3 when it cannot.</source>
         <translation>Zeigt, ob die aktive Voreinstellung ausgeführt werden kann. Endet mit 3, wenn nicht.</translation>
+    </message>
+    <message>
+        <source>[options]</source>
+        <translation>[Optionen]</translation>
     </message>
 </context>
 <context>
