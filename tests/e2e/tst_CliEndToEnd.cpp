@@ -483,6 +483,8 @@ void CliEndToEndTest::aLockedKeyringIsNeverNoKey() {
         QVERIFY(!run.out.contains("no key"));
     }
     QCOMPARE(m_server->requests().size(), 0);
+}
+
 void CliEndToEndTest::speaksTheUsersLanguage_data() {
     QTest::addColumn<QStringList>("environment");
     QTest::addColumn<QString>("unknown");

@@ -67,13 +67,15 @@ std::optional<QString> shortcutHintText(const GlobalShortcutStatus& delivery,
     case Kind::desktopBound:
         if (!delivery.triggerDescription.isEmpty())
             return shortcutHintText(delivery.triggerDescription);
-        return PanelText::tr("Choose keys for Scrivel under Settings › Keyboard shortcut to open it from "
-                  "anywhere.");
+        return PanelText::tr(
+            "Choose keys for Scrivel under Settings › Keyboard shortcut to open it from "
+            "anywhere.");
     case Kind::unavailable:
         break;
     }
-    return PanelText::tr("To open Scrivel from anywhere, bind “%1” to a shortcut in your desktop’s keyboard "
-              "settings.")
+    return PanelText::tr(
+               "To open Scrivel from anywhere, bind “%1” to a shortcut in your desktop’s keyboard "
+               "settings.")
         .arg(GlobalShortcutStatus::toggleCommand());
 }
 

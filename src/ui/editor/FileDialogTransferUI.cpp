@@ -61,7 +61,8 @@ void FileDialogTransferUI::showFailure(const QString& title, const QString& mess
 
 void FileDialogTransferUI::showFailureAlert(QWidget* parent, const QString& title,
                                             const QString& message) {
-    QMessageBox box(QMessageBox::Warning, DialogText::tr("Scrivel"), title, QMessageBox::NoButton, parent);
+    QMessageBox box(QMessageBox::Warning, DialogText::tr("Scrivel"), title, QMessageBox::NoButton,
+                    parent);
     box.setInformativeText(message);
     QPushButton* close = box.addButton(DialogText::tr("Close"), QMessageBox::AcceptRole);
     box.setDefaultButton(close);
