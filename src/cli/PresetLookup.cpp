@@ -59,7 +59,7 @@ bool namesPreset(const PresetStore& store, const QString& word) {
 }
 
 QString presetCount(qsizetype count) {
-    return count == 1 ? QStringLiteral("1 preset") : QStringLiteral("%1 presets").arg(count);
+    return LookupText::tr("%n preset(s)", nullptr, int(count));
 }
 
 QString shellQuoted(const QString& word) {
