@@ -504,7 +504,7 @@ void PresetEditorModelTest::aKeychainThatNeverAnswersEndsEveryWait_data() {
 void PresetEditorModelTest::aKeychainThatNeverAnswersEndsEveryWait() {
     QFETCH(QString, wait);
     const QString noAnswer =
-        QStringLiteral("Keychain didn’t answer in time. Unlock it and try again.");
+        QStringLiteral("The desktop’s keyring didn’t answer in time. Unlock it and try again.");
     const Preset preset = stored(QStringLiteral("P"), openai, QStringLiteral("gpt"), std::nullopt,
                                  QStringLiteral("sk"));
     // A dismissed unlock prompt, or a Secret Service that hangs: nothing

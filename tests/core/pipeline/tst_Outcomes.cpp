@@ -1,3 +1,4 @@
+#include "core/editor/PresetConnectionState.h"
 #include "core/pipeline/FixResult.h"
 #include "core/pipeline/OperationUIState.h"
 #include "core/providers/KeychainError.h"
@@ -37,24 +38,32 @@ void OutcomesTest::keyStoreFailuresNameTheStoreInUse_data() {
     QTest::addColumn<KeyStorePlace>("place");
     QTest::addColumn<QString>("editorSentence");
     QTest::addColumn<QString>("reasonSentence");
-    QTest::newRow("keyring") << KeyStorePlace::desktopKeyring
-                             << u"Couldn\u2019t access the API key in the desktop\u2019s keyring."_s
-                             << u"Couldn\u2019t access the API key in the desktop\u2019s keyring"_s;
-    QTest::newRow("key file") << KeyStorePlace::privateKeyFile
-                              << u"Couldn\u2019t access the API key in Scrivel\u2019s key file."_s
-                              << u"Couldn\u2019t access the API key in Scrivel\u2019s key file"_s;
+    QTest::addColumn<QString>("noAnswerSentence");
+    QTest::newRow("keyring")
+        << KeyStorePlace::desktopKeyring
+        << u"Couldn\u2019t access the API key in the desktop\u2019s keyring."_s
+        << u"Couldn\u2019t access the API key in the desktop\u2019s keyring"_s
+        << u"The desktop\u2019s keyring didn\u2019t answer in time. Unlock it and "
+           u"try again."_s;
+    QTest::newRow("key file")
+        << KeyStorePlace::privateKeyFile
+        << u"Couldn\u2019t access the API key in Scrivel\u2019s key file."_s
+        << u"Couldn\u2019t access the API key in Scrivel\u2019s key file"_s
+        << u"Scrivel\u2019s key file couldn\u2019t be read in time. Try again."_s;
 }
 
 void OutcomesTest::keyStoreFailuresNameTheStoreInUse() {
     QFETCH(KeyStorePlace, place);
     QFETCH(QString, editorSentence);
     QFETCH(QString, reasonSentence);
+    QFETCH(QString, noAnswerSentence);
     setCurrentKeyStorePlace(place);
     const auto failure = ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain);
     QCOMPARE(failure.message(), editorSentence);
     QCOMPARE(KeychainError::saveFailed(-1).saveMessage(), editorSentence);
     QCOMPARE(UnavailableReason::keychainError().message(), reasonSentence);
     QCOMPARE(failure.rewriteError(QStringLiteral("Groq")).panelMessage(), reasonSentence);
+    QCOMPARE(PresetConnectionState::noAnswerMessage(), noAnswerSentence);
     setCurrentKeyStorePlace(KeyStorePlace::desktopKeyring);
 }
 
