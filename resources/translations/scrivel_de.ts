@@ -100,13 +100,6 @@ ausführbar, 4 Fehler beim Anbieter, 130 abgebrochen.</translation>
         <source>Unknown provider &quot;%1&quot;. Providers: %2.</source>
         <translation>Unbekannter Anbieter „%1“. Anbieter: %2.</translation>
     </message>
-    <message numerus="yes">
-        <source>%n preset(s)</source>
-        <translation>
-            <numerusform>%n Voreinstellung</numerusform>
-            <numerusform>%n Voreinstellungen</numerusform>
-        </translation>
-    </message>
     <message>
         <source>The base URL of a custom provider.</source>
         <translation>Die Basis-URL eines eigenen Anbieters.</translation>
@@ -244,10 +237,6 @@ Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben S
         <translation>Kein mitgeliefertes Paket „%1“. Siehe „scrivel-cli presets packs“.</translation>
     </message>
     <message>
-        <source>Unknown presets action &quot;%1&quot;.</source>
-        <translation>Unbekannte presets-Aktion „%1“.</translation>
-    </message>
-    <message>
         <source>Saves, deletes or checks the API key of a provider. &apos;key set&apos; reads the key from standard input (without echo on a terminal); keys are never printed. Providers: %1.</source>
         <translation>Speichert, löscht oder prüft den API-Schlüssel eines Anbieters. „key set“ liest den Schlüssel von der Standardeingabe (im Terminal ohne Echo); Schlüssel werden nie ausgegeben. Anbieter: %1.</translation>
     </message>
@@ -288,12 +277,16 @@ Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben S
         <translation>Listet die Chat-Modelle eines Anbieters sortiert auf und verwendet dazu den gespeicherten Schlüssel. Anbieter: %1.</translation>
     </message>
     <message>
-        <source>Shows whether the active preset can run. Exits with 3 when it cannot.</source>
-        <translation>Zeigt, ob die aktive Voreinstellung ausgeführt werden kann. Endet mit 3, wenn nicht.</translation>
-    </message>
-    <message>
         <source>[options]</source>
         <translation>[Optionen]</translation>
+    </message>
+    <message>
+        <source>Unknown %1 action &quot;%2&quot;.</source>
+        <translation>Unbekannte %1-Aktion „%2“.</translation>
+    </message>
+    <message>
+        <source>Shows whether the active preset can run. Exits with 3 when it cannot, and with 1 when its key could not be read from the key store.</source>
+        <translation>Zeigt, ob die aktive Voreinstellung ausgeführt werden kann. Endet mit 3, wenn nicht, und mit 1, wenn ihr Schlüssel nicht aus dem Schlüsselspeicher gelesen werden konnte.</translation>
     </message>
 </context>
 <context>
@@ -303,16 +296,8 @@ Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben S
         <translation>JSON-Dateien (*.json)</translation>
     </message>
     <message>
-        <source>Import a Scrivel preset pack.</source>
-        <translation>Ein Scrivel-Voreinstellungspaket importieren.</translation>
-    </message>
-    <message>
         <source>Import</source>
         <translation>Importieren</translation>
-    </message>
-    <message>
-        <source>Export presets as a shareable pack.</source>
-        <translation>Voreinstellungen als teilbares Paket exportieren.</translation>
     </message>
     <message>
         <source>Export</source>
@@ -321,6 +306,18 @@ Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben S
     <message>
         <source>Close</source>
         <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Import Presets</source>
+        <translation>Voreinstellungen importieren</translation>
+    </message>
+    <message>
+        <source>Export Presets</source>
+        <translation>Voreinstellungen exportieren</translation>
+    </message>
+    <message>
+        <source>Scrivel</source>
+        <translation>Scrivel</translation>
     </message>
 </context>
 <context>
@@ -336,6 +333,45 @@ Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben S
     <message>
         <source>Press %1 anywhere to open Scrivel.</source>
         <translation>Drücken Sie überall %1, um Scrivel zu öffnen.</translation>
+    </message>
+    <message>
+        <source>Choose keys for Scrivel under Settings › Keyboard shortcut to open it from anywhere.</source>
+        <translation>Wählen Sie unter Einstellungen › Tastenkürzel Tasten für Scrivel, um es von überall zu öffnen.</translation>
+    </message>
+    <message>
+        <source>To open Scrivel from anywhere, bind “%1” to a shortcut in your desktop’s keyboard settings.</source>
+        <translation>Um Scrivel von überall zu öffnen, legen Sie „%1“ in den Tastatureinstellungen Ihrer Arbeitsumgebung auf ein Tastenkürzel.</translation>
+    </message>
+</context>
+<context>
+    <name>GlobalShortcutStatus</name>
+    <message>
+        <source>Bind the command “%1” to a shortcut in your desktop’s keyboard settings.</source>
+        <translation>Legen Sie den Befehl „%1“ in den Tastatureinstellungen Ihrer Arbeitsumgebung auf ein Tastenkürzel.</translation>
+    </message>
+    <message>
+        <source>Asking the desktop for the shortcut…</source>
+        <translation>Die Arbeitsumgebung wird nach dem Tastenkürzel gefragt …</translation>
+    </message>
+    <message>
+        <source>No keys assigned yet: choose them with Change…</source>
+        <translation>Noch keine Tasten zugewiesen: Wählen Sie sie mit „Ändern …“.</translation>
+    </message>
+    <message>
+        <source>No keys assigned yet: choose them in your desktop’s settings.</source>
+        <translation>Noch keine Tasten zugewiesen: Wählen Sie sie in den Einstellungen Ihrer Arbeitsumgebung.</translation>
+    </message>
+    <message>
+        <source>This desktop offers apps no global shortcut.</source>
+        <translation>Diese Arbeitsumgebung bietet Apps keine globalen Tastenkürzel.</translation>
+    </message>
+    <message>
+        <source>The desktop declined Scrivel’s global shortcut.</source>
+        <translation>Die Arbeitsumgebung hat das globale Tastenkürzel von Scrivel abgelehnt.</translation>
+    </message>
+    <message>
+        <source>The desktop’s shortcut service did not answer.</source>
+        <translation>Der Tastenkürzel-Dienst der Arbeitsumgebung hat nicht geantwortet.</translation>
     </message>
 </context>
 <context>
@@ -487,10 +523,25 @@ Eines auswählen mit: %2</translation>
     </message>
 </context>
 <context>
+    <name>Preset</name>
+    <message>
+        <source>Untitled Preset</source>
+        <translation>Unbenannte Voreinstellung</translation>
+    </message>
+</context>
+<context>
     <name>PresetConnectionState</name>
     <message>
         <source>The saved API key is unchanged.</source>
         <translation>Der gespeicherte API-Schlüssel ist unverändert.</translation>
+    </message>
+    <message>
+        <source>Scrivel’s key file couldn’t be read in time. Try again.</source>
+        <translation>Die Schlüsseldatei von Scrivel konnte nicht rechtzeitig gelesen werden. Versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The desktop’s keyring didn’t answer in time. Unlock it and try again.</source>
+        <translation>Der Schlüsselbund der Arbeitsumgebung hat nicht rechtzeitig geantwortet. Entsperren Sie ihn und versuchen Sie es erneut.</translation>
     </message>
 </context>
 <context>
@@ -504,6 +555,13 @@ Eines auswählen mit: %2</translation>
         <translation>
             <numerusform>%n Voreinstellung heißt „%1“; geben Sie die ID der gemeinten an:</numerusform>
             <numerusform>%n Voreinstellungen heißen „%1“; geben Sie die ID der gemeinten an:</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n preset(s)</source>
+        <translation>
+            <numerusform>%n Voreinstellung</numerusform>
+            <numerusform>%n Voreinstellungen</numerusform>
         </translation>
     </message>
 </context>
@@ -691,6 +749,14 @@ Eines auswählen mit: %2</translation>
         <source>The provider response was too large.</source>
         <translation>Die Antwort des Anbieters war zu groß.</translation>
     </message>
+    <message>
+        <source>The connection closed before the reply was complete. Try again.</source>
+        <translation>Die Verbindung wurde vor dem Ende der Antwort geschlossen. Versuchen Sie es erneut.</translation>
+    </message>
+    <message>
+        <source>The provider’s reply contained text that isn’t valid UTF-8. Try again.</source>
+        <translation>Die Antwort des Anbieters enthielt Text, der kein gültiges UTF-8 ist. Versuchen Sie es erneut.</translation>
+    </message>
 </context>
 <context>
     <name>ProviderHub</name>
@@ -836,6 +902,13 @@ Eines auswählen mit: %2</translation>
     </message>
 </context>
 <context>
+    <name>main</name>
+    <message>
+        <source>Open or close the Scrivel panel</source>
+        <translation>Scrivel-Panel öffnen oder schließen</translation>
+    </message>
+</context>
+<context>
     <name>scrivel</name>
     <message>
         <source>no display found (DISPLAY and WAYLAND_DISPLAY are unset); start Scrivel from a desktop session.</source>
@@ -854,8 +927,12 @@ Eines auswählen mit: %2</translation>
         <translation>das laufende Scrivel hat nicht geantwortet.</translation>
     </message>
     <message>
-        <source>no session bus; running without the single-instance check, and `scrivel --toggle` cannot reach this instance.</source>
-        <translation>kein Sitzungsbus; Scrivel läuft ohne Prüfung auf eine zweite Instanz, und „scrivel --toggle“ erreicht diese Instanz nicht.</translation>
+        <source>--toggle cannot reach a running Scrivel: %1.</source>
+        <translation>--toggle erreicht kein laufendes Scrivel: %1.</translation>
+    </message>
+    <message>
+        <source>%1; running without the single-instance check, and `scrivel --toggle` cannot reach this instance.</source>
+        <translation>%1; Scrivel läuft ohne Prüfung auf eine zweite Instanz, und „scrivel --toggle“ erreicht diese Instanz nicht.</translation>
     </message>
 </context>
 <context>
@@ -930,6 +1007,21 @@ Eines auswählen mit: %2</translation>
     <message>
         <source>The shortcut opens the panel anywhere. Paste text, press Return, then paste the result. In the panel, Ctrl+1–Ctrl+9 pick the first nine presets in sidebar order.</source>
         <translation>Das Tastenkürzel öffnet das Panel überall. Text einfügen, die Eingabetaste drücken, dann das Ergebnis einfügen. Im Panel wählen Strg+1–Strg+9 die ersten neun Voreinstellungen in der Reihenfolge der Seitenleiste.</translation>
+    </message>
+</context>
+<context>
+    <name>scrivel::GlobalShortcutField</name>
+    <message>
+        <source>Change…</source>
+        <translation>Ändern …</translation>
+    </message>
+    <message>
+        <source>Keyboard shortcut</source>
+        <translation>Tastenkürzel</translation>
+    </message>
+    <message>
+        <source>Opens the desktop’s shortcut settings for Scrivel</source>
+        <translation>Öffnet die Tastenkürzel-Einstellungen der Arbeitsumgebung für Scrivel</translation>
     </message>
 </context>
 <context>
@@ -1122,6 +1214,10 @@ Eines auswählen mit: %2</translation>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
     </message>
+    <message>
+        <source>Remove API Key</source>
+        <translation>API-Schlüssel entfernen</translation>
+    </message>
 </context>
 <context>
     <name>scrivel::PresetEditorModel</name>
@@ -1231,6 +1327,14 @@ Eines auswählen mit: %2</translation>
         <source>Choose a model</source>
         <translation>Modell wählen</translation>
     </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Stop the test</source>
+        <translation>Test abbrechen</translation>
+    </message>
 </context>
 <context>
     <name>scrivel::PresetPackPickerDialog</name>
@@ -1328,12 +1432,27 @@ Eines auswählen mit: %2</translation>
         <source>Export Preset…</source>
         <translation>Voreinstellung exportieren …</translation>
     </message>
+    <message>
+        <source>Move Up</source>
+        <translation>Nach oben</translation>
+    </message>
+    <message>
+        <source>Move Down</source>
+        <translation>Nach unten</translation>
+    </message>
 </context>
 <context>
     <name>scrivel::PresetSidebarList</name>
     <message>
         <source>Presets</source>
         <translation>Voreinstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>scrivel::SelectionPreferences</name>
+    <message>
+        <source>Needs an X11 session</source>
+        <translation>Braucht eine X11-Sitzung</translation>
     </message>
 </context>
 <context>
@@ -1373,6 +1492,14 @@ Eines auswählen mit: %2</translation>
     <message>
         <source>Update checks send no information about your system.</source>
         <translation>Die Suche nach Aktualisierungen sendet keine Informationen über Ihr System.</translation>
+    </message>
+    <message>
+        <source>Start with the selected text</source>
+        <translation>Mit dem markierten Text beginnen</translation>
+    </message>
+    <message>
+        <source>Replace the selection when done</source>
+        <translation>Die Auswahl danach ersetzen</translation>
     </message>
 </context>
 <context>
@@ -1416,6 +1543,17 @@ Eines auswählen mit: %2</translation>
     <message>
         <source>Use Anyway</source>
         <translation>Trotzdem verwenden</translation>
+    </message>
+</context>
+<context>
+    <name>scrivel::SingleInstance</name>
+    <message>
+        <source>the socket %1 cannot be used (%2)</source>
+        <translation>der Socket %1 kann nicht verwendet werden (%2)</translation>
+    </message>
+    <message>
+        <source>no session bus, and %1</source>
+        <translation>kein Sitzungsbus, und %1</translation>
     </message>
 </context>
 <context>

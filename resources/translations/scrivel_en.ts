@@ -2,22 +2,19 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
-    <name>CliApplication</name>
-    <message numerus="yes">
-        <source>%n preset(s)</source>
-        <translation>
-            <numerusform>%n preset</numerusform>
-            <numerusform>%n presets</numerusform>
-        </translation>
-    </message>
-</context>
-<context>
     <name>PresetLookup</name>
     <message numerus="yes">
         <source>%n presets are named &quot;%1&quot;; give the id of the one you mean:</source>
         <translation>
             <numerusform>%n preset is named &quot;%1&quot;; give the id of the one you mean:</numerusform>
             <numerusform>%n presets are named &quot;%1&quot;; give the id of the one you mean:</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n preset(s)</source>
+        <translation>
+            <numerusform>%n preset</numerusform>
+            <numerusform>%n presets</numerusform>
         </translation>
     </message>
 </context>
