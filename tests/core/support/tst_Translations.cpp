@@ -109,9 +109,9 @@ private Q_SLOTS:
         QCOMPARE(PresetEditorModel::keyRemovalMessage(sharing(1)),
                  QStringLiteral("„P1“ verwendet diesen Schlüssel ebenfalls und wird nicht mehr "
                                 "funktionieren."));
-        QCOMPARE(QCoreApplication::translate("CliApplication", "%n preset(s)", nullptr, 1),
+        QCOMPARE(QCoreApplication::translate("PresetLookup", "%n preset(s)", nullptr, 1),
                  QStringLiteral("1 Voreinstellung"));
-        QCOMPARE(QCoreApplication::translate("CliApplication", "%n preset(s)", nullptr, 5),
+        QCOMPARE(QCoreApplication::translate("PresetLookup", "%n preset(s)", nullptr, 5),
                  QStringLiteral("5 Voreinstellungen"));
     }
 };
