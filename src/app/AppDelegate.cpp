@@ -41,6 +41,8 @@ AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObse
     windowServices.store = &m_services.presets();
     windowServices.keys = &m_services.keys();
     windowServices.settings = &m_services.settings();
+    windowServices.settingsFile = m_services.settingsFile();
+    windowServices.keyFile = m_services.keyFile();
     windowServices.loadModels = PresetEditorModel::hubModelLoader(m_services.hub());
     windowServices.runTestTransform = PresetEditorModel::hubTestTransform(m_services.hub());
     ProviderHub& hub = m_services.hub();

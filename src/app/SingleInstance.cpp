@@ -139,7 +139,7 @@ SingleInstance::Role SingleInstance::claim() {
             });
             break;
         case LocalInstanceChannel::Claim::failed:
-            m_localProblem = QStringLiteral("the socket %1 cannot be used (%2)")
+            m_localProblem = tr("the socket %1 cannot be used (%2)")
                                  .arg(m_local->path(), m_local->errorString());
             m_local.reset();
             break;
@@ -179,7 +179,7 @@ bool SingleInstance::forward(Command command, const QVariantMap& platformData) {
 }
 
 QString SingleInstance::standaloneReason() const {
-    return QStringLiteral("no session bus, and ") + m_localProblem;
+    return tr("no session bus, and %1").arg(m_localProblem);
 }
 
 } // namespace scrivel

@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/AppStateExport.h"
 #include "app/SingleInstance.h"
+#include "core/support/Translations.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxServices.h"
 #include "platform/linux/LogindWakeObserver.h"
@@ -25,6 +26,16 @@
 #include <cstdio>
 
 namespace {
+
+// The texts of the command line, under the app's name.
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(scrivel)
+};
+
+// A line on standard error, in the user's language.
+void complain(const QString& text) {
+    std::fputs(qPrintable(QStringLiteral("scrivel: ") + text + QLatin1Char('\n')), stderr);
+}
 
 // QApplication aborts with a core dump when it finds no display; say it in
 // one line instead, before anything is read or written.
@@ -69,28 +80,33 @@ int main(int argc, char** argv) {
     QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
-    const QCommandLineOption toggle(
-        QStringLiteral("toggle"),
-        QStringLiteral("Show or hide the panel of the running Scrivel (starting it if needed). "
-                       "Bind this to a desktop shortcut where global shortcuts are unavailable."));
+    // The options are described once a translation is loaded.
+    QCommandLineOption toggle(QStringLiteral("toggle"));
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Rewrites text with a language model from a floating panel."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addOption(toggle);
+    const auto describeOptions = [&] {
+        toggle.setDescription(
+            Text::tr("Show or hide the panel of the running Scrivel (starting it if needed). Bind "
+                     "this to a desktop shortcut where global shortcuts are unavailable."));
+        parser.setApplicationDescription(
+            Text::tr("Rewrites text with a language model from a floating panel."));
+        parser.addHelpOption();
+        parser.addVersionOption();
+        parser.addOption(toggle);
+    };
 
     if (!hasDisplay(argc, argv)) {
         // --help and --version need no display (a package check runs them
         // on a build machine): a plain core application answers them, and
-        // process() exits.
+        // process() exits. It also says, in the user's language, why there
+        // is nothing else to do.
+        QCoreApplication app(argc, argv);
+        scrivel::Translations::install(app);
         if (wantsVersionOrHelp(argc, argv)) {
-            QCoreApplication app(argc, argv);
+            describeOptions();
             parser.process(app);
         }
-        std::fputs("scrivel: no display found (DISPLAY and WAYLAND_DISPLAY are unset); start "
-                   "Scrivel from a desktop session.\n",
-                   stderr);
+        complain(Text::tr("no display found (DISPLAY and WAYLAND_DISPLAY are unset); start "
+                          "Scrivel from a desktop session."));
         return 1;
     }
     // The launcher's token, for the running Scrivel when this start only
@@ -99,8 +115,10 @@ int main(int argc, char** argv) {
     qtMessageHandler = qInstallMessageHandler(dropRuntimeFolderWarnings);
     QGuiApplication::setDesktopFileName(QStringLiteral("com.scrivel.app"));
     QApplication app(argc, argv);
+    scrivel::Translations::install(app);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/scrivel.svg")));
+    describeOptions();
     parser.process(app);
 
     if (qEnvironmentVariableIntValue("SCRIVEL_LOG") != 1)
@@ -116,7 +134,7 @@ int main(int argc, char** argv) {
                                                   : SingleInstance::Command::activate,
                              launcherPlatformData);
         if (!answered) {
-            std::fputs("scrivel: the running Scrivel did not answer.\n", stderr);
+            complain(Text::tr("the running Scrivel did not answer."));
             return 1;
         }
         return 0;
@@ -125,14 +143,13 @@ int main(int argc, char** argv) {
         // A --toggle that started an instance here would start one more on
         // every press: say why it cannot reach one instead.
         if (parser.isSet(toggle)) {
-            std::fprintf(stderr, "scrivel: --toggle cannot reach a running Scrivel: %s.\n",
-                         qPrintable(instance.standaloneReason()));
+            complain(Text::tr("--toggle cannot reach a running Scrivel: %1.")
+                         .arg(instance.standaloneReason()));
             return 1;
         }
-        std::fprintf(stderr,
-                     "scrivel: %s; running without the single-instance check, and `scrivel "
-                     "--toggle` cannot reach this instance.\n",
-                     qPrintable(instance.standaloneReason()));
+        complain(Text::tr("%1; running without the single-instance check, and `scrivel --toggle` "
+                          "cannot reach this instance.")
+                     .arg(instance.standaloneReason()));
     }
 
     scrivel::LinuxServices services;

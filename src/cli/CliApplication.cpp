@@ -1,5 +1,6 @@
 #include "cli/CliApplication.h"
 
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/Terminal.h"
 #include "cli/commands/Commands.h"
@@ -20,14 +21,15 @@ constexpr qsizetype summaryColumn = 47;
 // request, prints it and gives the exit code to use.
 std::optional<int> parse(QCommandLineParser& parser, const Command& command,
                          const QStringList& arguments) {
-    const QString usage = QStringLiteral("Usage: scrivel-cli %1 [options] %2")
-                              .arg(command.name, command.syntax)
-                              .trimmed();
+    const QString usage = CliText::tr("Usage: %1")
+                              .arg(QStringLiteral("scrivel-cli %1 %2 %3")
+                                       .arg(command.name, CliText::tr("[options]"), command.syntax)
+                                       .trimmed());
     parser.setApplicationDescription(command.description);
     // Qt's own help option would also list --help-all, which shows Qt's
     // internal options.
     parser.addOption(QCommandLineOption({QStringLiteral("h"), QStringLiteral("help")},
-                                        QStringLiteral("Shows this help.")));
+                                        CliText::tr("Shows this help.")));
     parser.addOptions(command.options);
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsOptions);
     if (!parser.parse(arguments)) {
@@ -83,18 +85,15 @@ QString overview() {
             commandLines += action.summary + QLatin1Char('\n');
         }
     }
-    return QStringLiteral("Usage: scrivel-cli <command> [options]\n"
-                          "\n"
-                          "Rewrites text with the presets, keys and providers of Scrivel.\n"
-                          "\n"
-                          "Commands:\n") +
-           commandLines +
-           QStringLiteral("\n"
-                          "Run 'scrivel-cli help <command>' for a command's options.\n"
-                          "\n"
-                          "Exit codes: 0 success, 1 other failure, 2 usage error, 3 preset not "
-                          "runnable,\n"
-                          "4 provider failure, 130 cancelled.\n");
+    return CliText::tr("Usage: scrivel-cli <command> [options]") + QStringLiteral("\n\n") +
+           CliText::tr("Rewrites text with the presets, keys and providers of Scrivel.") +
+           QStringLiteral("\n\n") + CliText::tr("Commands:") + QLatin1Char('\n') + commandLines +
+           QLatin1Char('\n') +
+           CliText::tr("Run 'scrivel-cli help <command>' for a command's options.") +
+           QStringLiteral("\n\n") +
+           CliText::tr("Exit codes: 0 success, 1 other failure, 2 usage error, 3 preset not "
+                       "runnable,\n4 provider failure, 130 cancelled.") +
+           QLatin1Char('\n');
 }
 
 } // namespace
@@ -117,7 +116,8 @@ int CliApplication::run(const QStringList& arguments) {
         if (command.name == name)
             return runCommand(command, QStringList{arguments.value(0)} + arguments.mid(2));
     }
-    write(stderr, QStringLiteral("Unknown command \"%1\".\n\n").arg(name) + overview());
+    write(stderr,
+          CliText::tr("Unknown command \"%1\".").arg(name) + QStringLiteral("\n\n") + overview());
     return usageError;
 }
 
@@ -128,8 +128,8 @@ int CliApplication::runCommand(const Command& command, const QStringList& argume
     const QStringList words = parser.positionalArguments();
     const auto chosen = chooseAction(command, words);
     if (!chosen) {
-        write(stderr,
-              QStringLiteral("Unknown %1 action \"%2\".\n").arg(command.name, words.value(0)));
+        write(stderr, CliText::tr("Unknown %1 action \"%2\".").arg(command.name, words.value(0)) +
+                          QLatin1Char('\n'));
         return usageError;
     }
     Invocation call{m_session, parser, chosen->second};

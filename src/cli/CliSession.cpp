@@ -1,5 +1,6 @@
 #include "cli/CliSession.h"
 
+#include "cli/CliText.h"
 #include "cli/Terminal.h"
 #include "platform/linux/LinuxServices.h"
 
@@ -13,10 +14,11 @@ LinuxServices& CliSession::services() {
         // Said once, on the terminal: the damaged file is left for the user
         // to look at or move aside.
         m_services->setKeyFileDamageHandler([](const QString& path) {
-            write(stderr, QStringLiteral("The private key file “%1” is damaged and can’t be read. "
-                                         "It was left as it is; move it aside to store keys in a "
-                                         "new one.\n")
-                              .arg(path));
+            write(stderr, CliText::tr("The private key file “%1” is damaged and can’t be read. "
+                                      "It was left as it is; move it aside to store keys in a "
+                                      "new one.")
+                                  .arg(path) +
+                              QLatin1Char('\n'));
         });
         m_services->presets().seedIfEmpty(m_services->onDeviceModel().availability().isAvailable());
     }

@@ -3,17 +3,27 @@
 #include "cli/PresetLookup.h"
 #include "core/pipeline/OutputCleaning.h"
 #include "core/providers/ProviderCatalog.h"
+#include "core/storage/KeyStorePlace.h"
 
+#include <QCoreApplication>
 #include <QUrl>
 
 namespace scrivel::cli::Hints {
 
 namespace {
 
+// The hints' texts, translated under one context.
+struct HintText {
+    Q_DECLARE_TR_FUNCTIONS(Hints)
+};
+
 QString keyStoreHint() {
-    return QStringLiteral("Check that a Secret Service (such as GNOME Keyring) is running and "
-                          "unlocked, or keep keys in a private file: SCRIVEL_SECRET_STORE=file "
-                          "scrivel-cli …");
+    if (currentKeyStorePlace() == KeyStorePlace::privateKeyFile)
+        return HintText::tr("Check that Scrivel’s key file can be read and written; move a damaged "
+                            "one aside to start a new one.");
+    return HintText::tr(
+        "Check that a Secret Service (such as GNOME Keyring) is running and unlocked, "
+        "or keep keys in a private file: SCRIVEL_SECRET_STORE=file scrivel-cli …");
 }
 
 QString editCommand(const Preset& preset, const QString& option) {
@@ -35,32 +45,32 @@ QString forReason(const UnavailableReason& reason, const std::optional<Preset>& 
     case UnavailableReason::Kind::rejectedAPIKey:
         if (preset) {
             if (const auto endpoint = resolveEndpoint(preset->providerID, preset->customBaseURL))
-                return QStringLiteral("Save a key with: ") + keySetCommand(*endpoint);
+                return HintText::tr("Save a key with: %1").arg(keySetCommand(*endpoint));
         }
         return {};
     case UnavailableReason::Kind::keychainError:
         return keyStoreHint();
     case UnavailableReason::Kind::misconfigured: {
         if (!preset) {
-            return QStringLiteral("Add presets with: scrivel-cli presets add-pack NAME (see "
-                                  "'scrivel-cli presets packs')");
+            return HintText::tr("Add presets with: scrivel-cli presets add-pack NAME (see "
+                                "'scrivel-cli presets packs')");
         }
         if (preset->providerID == customProviderID() &&
             !resolveEndpoint(preset->providerID, preset->customBaseURL)) {
-            return baseURLProblem(preset->customBaseURL.value_or(QString())) +
-                   QStringLiteral("\nSet it with: ") +
-                   editCommand(*preset, QStringLiteral("--base-url URL"));
+            return baseURLProblem(preset->customBaseURL.value_or(QString())) + QLatin1Char('\n') +
+                   HintText::tr("Set it with: %1")
+                       .arg(editCommand(*preset, QStringLiteral("--base-url URL")));
         }
         QString models = QStringLiteral("scrivel-cli models ") + preset->providerID;
         if (preset->providerID == customProviderID())
             models += QStringLiteral(" --base-url ") +
                       shellQuoted(preset->customBaseURL.value_or(QString()).trimmed());
-        return QStringLiteral("List the models with: %1\nChoose one with: %2")
+        return HintText::tr("List the models with: %1\nChoose one with: %2")
             .arg(models, editCommand(*preset, QStringLiteral("--model MODEL")));
     }
     case UnavailableReason::Kind::modelNotReady:
     case UnavailableReason::Kind::other:
-        return QStringLiteral("Pick a preset that uses a provider: scrivel-cli presets use NAME");
+        return HintText::tr("Pick a preset that uses a provider: scrivel-cli presets use NAME");
     }
     return {};
 }
@@ -70,7 +80,7 @@ QString forFailure(const ProviderConnectionFailure& failure, const ProviderEndpo
     case ProviderConnectionFailure::Kind::missingCredential:
     case ProviderConnectionFailure::Kind::unauthorized:
     case ProviderConnectionFailure::Kind::forbidden:
-        return QStringLiteral("Save a key with: ") + keySetCommand(endpoint);
+        return HintText::tr("Save a key with: %1").arg(keySetCommand(endpoint));
     case ProviderConnectionFailure::Kind::keychain:
         return keyStoreHint();
     default:
@@ -81,19 +91,19 @@ QString forFailure(const ProviderConnectionFailure& failure, const ProviderEndpo
 QString baseURLProblem(const QString& baseURL) {
     const QString text = trimmedWhitespaceAndNewlines(baseURL);
     if (text.isEmpty())
-        return QStringLiteral("A custom provider needs a base URL, such as "
-                              "http://localhost:11434/v1.");
+        return HintText::tr(
+            "A custom provider needs a base URL, such as http://localhost:11434/v1.");
     const QUrl url(text, QUrl::StrictMode);
     const QString scheme = url.scheme().toLower();
     if (url.isValid() &&
         (url.authority().contains(QLatin1Char('@')) || url.hasQuery() || url.hasFragment()))
-        return QStringLiteral("A base URL can’t hold a user name, password, query or fragment.");
+        return HintText::tr("A base URL can’t hold a user name, password, query or fragment.");
     if (url.isValid() && scheme == QLatin1String("http"))
-        return QStringLiteral("Plain http is allowed only for servers on this computer "
-                              "(localhost or 127.0.0.1); use https for \"%1\".")
+        return HintText::tr("Plain http is allowed only for servers on this computer (localhost or "
+                            "127.0.0.1); use https for \"%1\".")
             .arg(text);
-    return QStringLiteral("\"%1\" is not a valid provider base URL: use https://host/path, or "
-                          "http://localhost:PORT/path for a local server.")
+    return HintText::tr("\"%1\" is not a valid provider base URL: use https://host/path, or "
+                        "http://localhost:PORT/path for a local server.")
         .arg(text);
 }
 

@@ -2,11 +2,17 @@
 
 #include "core/providers/ProviderCatalog.h"
 
+#include <QCoreApplication>
 #include <QRegularExpression>
 
 namespace scrivel::cli {
 
 namespace {
+
+// The lookup's texts, translated under one context.
+struct LookupText {
+    Q_DECLARE_TR_FUNCTIONS(PresetLookup)
+};
 
 QList<Preset> presetsNamed(const PresetStore& store, const QString& name) {
     QList<Preset> matches;
@@ -29,12 +35,12 @@ std::expected<Preset, QString> findPreset(const PresetStore& store, const QStrin
         return matches.first();
     if (matches.isEmpty()) {
         return std::unexpected(
-            QStringLiteral("No preset \"%1\". See 'scrivel-cli presets'.").arg(nameOrID));
+            LookupText::tr("No preset \"%1\". See 'scrivel-cli presets'.").arg(nameOrID));
     }
     // Picking one silently could run or export the wrong one.
     QString message =
-        QStringLiteral("%1 presets are named \"%2\"; give the id of the one you mean:")
-            .arg(matches.size())
+        LookupText::tr("%n presets are named \"%1\"; give the id of the one you mean:", nullptr,
+                       int(matches.size()))
             .arg(nameOrID);
     for (const Preset& preset : matches) {
         QString provider = providerDisplayName(preset);
@@ -53,7 +59,7 @@ bool namesPreset(const PresetStore& store, const QString& word) {
 }
 
 QString presetCount(qsizetype count) {
-    return count == 1 ? QStringLiteral("1 preset") : QStringLiteral("%1 presets").arg(count);
+    return LookupText::tr("%n preset(s)", nullptr, int(count));
 }
 
 QString shellQuoted(const QString& word) {

@@ -1,5 +1,6 @@
 #include "cli/ProviderLookup.h"
 
+#include "cli/CliText.h"
 #include "cli/Hints.h"
 #include "core/providers/ProviderCatalog.h"
 
@@ -13,13 +14,13 @@ std::expected<ProviderEndpoint, QString> findEndpoint(const QString& provider,
         if (const auto endpoint = resolveEndpoint(
                 provider, baseURL.isEmpty() ? std::nullopt : std::optional(baseURL)))
             return *endpoint;
-        return std::unexpected(Hints::baseURLProblem(baseURL) +
-                               QStringLiteral("\nName it with --base-url URL."));
+        return std::unexpected(Hints::baseURLProblem(baseURL) + QLatin1Char('\n') +
+                               CliText::tr("Name it with --base-url URL."));
     }
     if (const auto endpoint = catalogEndpoint(provider))
         return *endpoint;
     return std::unexpected(
-        QStringLiteral("Unknown provider \"%1\". Providers: %2.").arg(provider, providerList()));
+        CliText::tr("Unknown provider \"%1\". Providers: %2.").arg(provider, providerList()));
 }
 
 QString providerList() {

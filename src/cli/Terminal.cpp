@@ -1,5 +1,6 @@
 #include "cli/Terminal.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QSocketNotifier>
 #include <csignal>
@@ -65,6 +66,9 @@ termios quietTerminal{};
 volatile sig_atomic_t terminalIsQuiet = 0;
 constexpr int secretSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP};
 struct sigaction previousActions[std::size(secretSignals)];
+// "Cancelled." in the user's language, made before the handlers go in: the
+// handler itself may not translate.
+char cancelledLine[256] = "\nCancelled.\n"; // English until then: not translated
 
 void writeRaw(const char* text) {
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text, std::strlen(text));
@@ -92,7 +96,7 @@ void secretSignalHandler(int signal) {
         return;
     }
     if (signal == SIGINT) {
-        writeRaw("\nCancelled.\n");
+        writeRaw(cancelledLine);
         ::_exit(130);
     }
     writeRaw("\n");
@@ -117,6 +121,10 @@ void installSecretHandlers() {
 std::optional<QString> readSecretLine(const QString& prompt) {
     const bool terminal = isTerminal(stdin) && ::tcgetattr(STDIN_FILENO, &savedTerminal) == 0;
     if (terminal) {
+        const QByteArray cancelled =
+            "\n" + QCoreApplication::translate("CliApplication", "Cancelled.").toUtf8() + "\n";
+        if (cancelled.size() < qsizetype(sizeof cancelledLine))
+            std::memcpy(cancelledLine, cancelled.constData(), size_t(cancelled.size()) + 1);
         write(stderr, prompt);
         for (size_t i = 0; i < std::size(secretSignals); ++i)
             ::sigaction(secretSignals[i], nullptr, &previousActions[i]);

@@ -1,5 +1,6 @@
 #include "cli/CliApplication.h"
 #include "cli/ClipboardHolder.h"
+#include "core/support/Translations.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -14,6 +15,7 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setOrganizationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationName(QStringLiteral("Scrivel"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRIVEL_VERSION));
+    scrivel::Translations::install(app);
     // The pipeline's log lines are for debugging (SCRIVEL_LOG=1, or
     // QT_LOGGING_RULES, which still wins), not for a terminal user.
     if (qEnvironmentVariableIntValue("SCRIVEL_LOG") != 1)

@@ -42,6 +42,8 @@ private Q_SLOTS:
     void unusableSettingsFailTheCommand_data();
     void unusableSettingsFailTheCommand();
     void aLockedKeyringIsNeverNoKey();
+    void speaksTheUsersLanguage_data();
+    void speaksTheUsersLanguage();
 
 private:
     ProcessRun cli(const QStringList& arguments, const QByteArray& input = {}) {
@@ -466,7 +468,8 @@ void CliEndToEndTest::aLockedKeyringIsNeverNoKey() {
 
     // Each names the key store, exits 1 and sends nothing: the local
     // server takes a key, but is never asked without it.
-    const QByteArray keychain = "Couldn\xe2\x80\x99t access the API key in Keychain";
+    const QByteArray keychain =
+        "Couldn\xe2\x80\x99t access the API key in the desktop\xe2\x80\x99s keyring";
     const QList<QStringList> commands = {{"key", "status", "groq"},
                                          {"status"},
                                          {"rewrite"},
@@ -482,5 +485,49 @@ void CliEndToEndTest::aLockedKeyringIsNeverNoKey() {
     QCOMPARE(m_server->requests().size(), 0);
 }
 
+void CliEndToEndTest::speaksTheUsersLanguage_data() {
+    QTest::addColumn<QStringList>("environment");
+    QTest::addColumn<QString>("unknown");
+    QTest::addColumn<QString>("usage");
+    QTest::addColumn<QString>("packs");
+    const QString german =
+        QStringLiteral("Keine Voreinstellung „Nope“. Siehe „scrivel-cli presets“.");
+    const QString english = QStringLiteral("No preset \"Nope\". See 'scrivel-cli presets'.");
+    const QString germanUsage = QStringLiteral("Aufruf: scrivel-cli <Befehl> [Optionen]");
+    const QString englishUsage = QStringLiteral("Usage: scrivel-cli <command> [options]");
+    QTest::newRow("LANGUAGE=de") << QStringList{"LANGUAGE=de"} << german << germanUsage
+                                 << "Voreinstellungen";
+    QTest::newRow("LANG=de_DE.UTF-8")
+        << QStringList{"LANG=de_DE.UTF-8"} << german << germanUsage << "Voreinstellungen";
+    QTest::newRow("LANG=C.UTF-8") << QStringList{"LANG=C.UTF-8"} << english << englishUsage
+                                  << "presets";
+    QTest::newRow("no translation: English")
+        << QStringList{"LANG=fr_FR.UTF-8"} << english << englishUsage << "presets";
+}
+
+void CliEndToEndTest::speaksTheUsersLanguage() {
+    QFETCH(QStringList, environment);
+    QFETCH(QString, unknown);
+    QFETCH(QString, usage);
+    QFETCH(QString, packs);
+    for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
+        m_env.remove(QString::fromLatin1(name));
+    for (const QString& setting : environment)
+        m_env.insert(setting.section(u'=', 0, 0), setting.section(u'=', 1));
+
+    const ProcessRun missing = cli({"presets", "use", "Nope"});
+    QCOMPARE(missing.exitCode, 2);
+    QCOMPARE(QString::fromUtf8(missing.err).trimmed(), unknown);
+    const ProcessRun help = cli({});
+    QVERIFY2(QString::fromUtf8(help.err).startsWith(usage), help.err.constData());
+    // A plural from the pack list: "3 presets", "3 Voreinstellungen".
+    const ProcessRun listed = cli({"presets", "packs"});
+    QCOMPARE(listed.exitCode, 0);
+    QVERIFY2(QString::fromUtf8(listed.out)
+                 .contains(QRegularExpression(QStringLiteral("\\t\\d+ %1\\.").arg(packs))),
+             listed.out.constData());
+}
+
 QTEST_GUILESS_MAIN(CliEndToEndTest)
+
 #include "tst_CliEndToEnd.moc"

@@ -120,28 +120,53 @@ private Q_SLOTS:
         QCOMPARE(service.status(), status);
     }
 
+    void unwritableFolderFails_data() {
+        QTest::addColumn<bool>("registering");
+        QTest::addColumn<bool>("folderExists");
+        QTest::addColumn<int>("reason"); // a LoginItemFailure::Reason
+        QTest::newRow("write into a read-only folder")
+            << true << true << int(LoginItemFailure::Reason::permissionDenied);
+        QTest::newRow("write where the folder can't be made")
+            << true << false << int(LoginItemFailure::Reason::folderNotCreated);
+        QTest::newRow("remove from a read-only folder")
+            << false << true << int(LoginItemFailure::Reason::permissionDenied);
+    }
     void unwritableFolderFails() {
+        QFETCH(bool, registering);
+        QFETCH(bool, folderExists);
+        QFETCH(int, reason);
         QTemporaryDir home;
         const QString binary = writeFile(home.filePath("bin/scrivel"), "#!/bin/sh\n", true);
+        // The group's bits too: the test runs in root's group, which owns the
+        // folders.
         const auto readAndEnter = QFileDevice::ReadOwner | QFileDevice::ExeOwner |
+                                  QFileDevice::ReadGroup | QFileDevice::ExeGroup |
                                   QFileDevice::ReadOther | QFileDevice::ExeOther;
         const QString autostart = home.filePath("config/autostart");
-        QDir().mkpath(autostart);
-        for (const QString& folder : {home.path(), home.filePath("config"), autostart})
-            QVERIFY(QFile::setPermissions(folder, readAndEnter));
         XdgAutostartLoginItemService service(appID, home.filePath("config"), binary);
+        QDir().mkpath(folderExists ? autostart : home.filePath("config"));
+        if (!registering)
+            QVERIFY(service.registerItem().has_value());
+        QStringList folders{home.path(), home.filePath("config")};
+        if (folderExists)
+            folders << autostart;
+        for (const QString& folder : folders)
+            QVERIFY(QFile::setPermissions(folder, readAndEnter));
         // Root ignores permissions: the write runs under an unprivileged
         // effective user (the real user stays root to come back).
         const bool asRoot = ::geteuid() == 0;
         if (asRoot)
             QCOMPARE(::seteuid(65534), 0);
-        const auto outcome = service.registerItem();
+        const auto outcome = registering ? service.registerItem() : service.unregisterItem();
         if (asRoot)
             QCOMPARE(::seteuid(0), 0);
-        for (const QString& folder : {home.path(), home.filePath("config"), autostart})
+        for (const QString& folder : folders)
             QVERIFY(QFile::setPermissions(folder, readAndEnter | QFileDevice::WriteOwner));
         QVERIFY(!outcome.has_value());
-        QCOMPARE(service.status(), LoginItemStatus::notRegistered);
+        QCOMPARE(outcome.error().path, service.entryPath());
+        QCOMPARE(int(outcome.error().reason), reason);
+        QCOMPARE(service.status(),
+                 registering ? LoginItemStatus::notRegistered : LoginItemStatus::enabled);
     }
 
     void launchExecutablePrefersTheAppImage() {

@@ -2,6 +2,7 @@
 
 #include "cli/Await.h"
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/Hints.h"
 #include "cli/ProviderLookup.h"
@@ -42,15 +43,16 @@ struct StoredKey {
 };
 
 int set(const StoredKey& key) {
-    const auto typed =
-        Terminal::readSecretLine(QStringLiteral("API key for %1: ").arg(key.endpoint.displayName));
+    const auto typed = Terminal::readSecretLine(
+        CliText::tr("API key for %1:").arg(key.endpoint.displayName) + QLatin1Char(' '));
     if (!typed || trimmedWhitespaceAndNewlines(*typed).isEmpty()) {
-        write(stderr, QStringLiteral("No key given; nothing was saved.\n"));
+        write(stderr, CliText::tr("No key given; nothing was saved.") + QLatin1Char('\n'));
         return usageError;
     }
     if (!key.succeeded(await(key.keys.saveKey(*typed, key.account))))
         return otherFailure;
-    write(stdout, QStringLiteral("Saved the key for %1.\n").arg(key.endpoint.displayName));
+    write(stdout,
+          CliText::tr("Saved the key for %1.").arg(key.endpoint.displayName) + QLatin1Char('\n'));
     return success;
 }
 
@@ -69,8 +71,8 @@ int status(const StoredKey& key) {
     if (!stored)
         return otherFailure;
     write(stdout, QStringLiteral("%1: %2\n")
-                      .arg(key.endpoint.displayName, *stored ? QStringLiteral("key stored")
-                                                             : QStringLiteral("no key stored")));
+                      .arg(key.endpoint.displayName,
+                           *stored ? CliText::tr("key stored") : CliText::tr("no key stored")));
     return success;
 }
 
@@ -79,13 +81,16 @@ int remove(const StoredKey& key) {
     if (!stored)
         return otherFailure;
     if (!*stored) {
-        write(stdout, QStringLiteral("No key stored for %1; nothing to delete.\n")
-                          .arg(key.endpoint.displayName));
+        write(
+            stdout,
+            CliText::tr("No key stored for %1; nothing to delete.").arg(key.endpoint.displayName) +
+                QLatin1Char('\n'));
         return success;
     }
     if (!key.succeeded(await(key.keys.deleteKey(key.account))))
         return otherFailure;
-    write(stdout, QStringLiteral("Deleted the key for %1.\n").arg(key.endpoint.displayName));
+    write(stdout,
+          CliText::tr("Deleted the key for %1.").arg(key.endpoint.displayName) + QLatin1Char('\n'));
     return success;
 }
 
@@ -94,8 +99,8 @@ int remove(const StoredKey& key) {
 // key set|delete|status PROVIDER: the provider is checked before the action.
 int manageKey(Invocation& call) {
     if (call.words.size() != 2) {
-        write(stderr, QStringLiteral("Usage: scrivel-cli key set|delete|status PROVIDER "
-                                     "[--base-url URL]\n"));
+        write(stderr, usageLine(QStringLiteral(
+                          "scrivel-cli key set|delete|status PROVIDER [--base-url URL]")));
         return usageError;
     }
     const auto endpoint =
@@ -112,7 +117,7 @@ int manageKey(Invocation& call) {
         return status(key);
     if (action == QLatin1String("delete"))
         return remove(key);
-    write(stderr, QStringLiteral("Unknown key action \"%1\".\n").arg(action));
+    write(stderr, CliText::tr("Unknown key action \"%1\".").arg(action) + QLatin1Char('\n'));
     return usageError;
 }
 

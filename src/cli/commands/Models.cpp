@@ -2,6 +2,7 @@
 
 #include "cli/Await.h"
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/Hints.h"
 #include "cli/ProviderLookup.h"
@@ -15,7 +16,7 @@ using Terminal::write;
 // The provider's chat models, one a line, asked with the stored key.
 int listModels(Invocation& call) {
     if (call.words.size() != 1) {
-        write(stderr, QStringLiteral("Usage: scrivel-cli models PROVIDER [--base-url URL]\n"));
+        write(stderr, usageLine(QStringLiteral("scrivel-cli models PROVIDER [--base-url URL]")));
         return usageError;
     }
     const auto endpoint =
@@ -30,7 +31,7 @@ int listModels(Invocation& call) {
     const auto result = await(fetch, &interrupted);
     if (interrupted || !result) {
         fetch.cancel();
-        write(stderr, QStringLiteral("Cancelled.\n"));
+        write(stderr, CliText::tr("Cancelled.") + QLatin1Char('\n'));
         return cancelled;
     }
     if (!*result) {

@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/PresetLookup.h"
 #include "cli/Terminal.h"
@@ -17,7 +18,7 @@ int addPack(Invocation& call) {
     if (!store)
         return otherFailure;
     if (call.words.size() != 1) {
-        write(stderr, QStringLiteral("Usage: scrivel-cli presets add-pack NAME\n"));
+        write(stderr, usageLine(QStringLiteral("scrivel-cli presets add-pack NAME")));
         return usageError;
     }
     for (const PresetPackDocument& pack : shippedPacks()) {
@@ -27,12 +28,15 @@ int addPack(Invocation& call) {
         PresetTransfer::addShippedPack(*store, pack, ui);
         if (ui.failed || !call.session.saved(*store))
             return otherFailure;
-        write(stdout, QStringLiteral("Added %1 from %2.\n")
-                          .arg(presetCount(pack.presets.size()), *pack.name));
+        write(stdout,
+              CliText::tr("Added %1 from %2.").arg(presetCount(pack.presets.size()), *pack.name) +
+                  QLatin1Char('\n'));
         return success;
     }
-    write(stderr, QStringLiteral("No shipped pack \"%1\". See 'scrivel-cli presets packs'.\n")
-                      .arg(call.words[0]));
+    write(
+        stderr,
+        CliText::tr("No shipped pack \"%1\". See 'scrivel-cli presets packs'.").arg(call.words[0]) +
+            QLatin1Char('\n'));
     return usageError;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/Hints.h"
 #include "cli/PresetLookup.h"
@@ -19,9 +20,9 @@ using Terminal::write;
 bool setModel(Preset& preset, const QString& typed) {
     const QString model = trimmedWhitespaceAndNewlines(typed);
     if (model.isEmpty() && preset.providerID != Preset::onDeviceProviderID()) {
-        write(stderr, QStringLiteral("Give a model, such as one that 'scrivel-cli models %1' "
-                                     "lists.\n")
-                          .arg(preset.providerID));
+        write(stderr, CliText::tr("Give a model, such as one that 'scrivel-cli models %1' lists.")
+                              .arg(preset.providerID) +
+                          QLatin1Char('\n'));
         return false;
     }
     preset.model = model;
@@ -31,9 +32,10 @@ bool setModel(Preset& preset, const QString& typed) {
 // Whether the base URL could be set; says why not.
 bool setBaseURL(Preset& preset, const QString& url) {
     if (preset.providerID != customProviderID()) {
-        write(stderr, QStringLiteral("Only presets of the custom provider have a base URL; "
-                                     "\"%1\" uses %2.\n")
-                          .arg(preset.name, providerDisplayName(preset)));
+        write(stderr,
+              CliText::tr("Only presets of the custom provider have a base URL; \"%1\" uses %2.")
+                      .arg(preset.name, providerDisplayName(preset)) +
+                  QLatin1Char('\n'));
         return false;
     }
     if (!resolveEndpoint(customProviderID(), url)) {
@@ -55,8 +57,8 @@ int editPreset(Invocation& call) {
     const bool changesModel = call.options.isSet(modelOption);
     const bool changesURL = call.options.isSet(baseURLOption);
     if (call.words.size() != 1 || (!changesModel && !changesURL)) {
-        write(stderr, QStringLiteral("Usage: scrivel-cli presets edit NAME|ID [--model MODEL] "
-                                     "[--base-url URL]\n"));
+        write(stderr, usageLine(QStringLiteral(
+                          "scrivel-cli presets edit NAME|ID [--model MODEL] [--base-url URL]")));
         return usageError;
     }
     auto preset = findPreset(*store, call.words[0]);
@@ -70,7 +72,7 @@ int editPreset(Invocation& call) {
     store->update(*preset);
     if (!call.session.saved(*store))
         return otherFailure;
-    write(stdout, QStringLiteral("Updated %1.\n").arg(preset->name));
+    write(stdout, CliText::tr("Updated %1.").arg(preset->name) + QLatin1Char('\n'));
     return success;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/PresetLookup.h"
 #include "cli/Terminal.h"
@@ -19,11 +20,12 @@ using Terminal::write;
 // named Fix: refused, with the command for either.
 std::expected<bool, ExitCode> exportAll(const PresetStore& store, CommandLineTransferUI& ui) {
     if (namesPreset(store, ui.path) && !QFileInfo(ui.path).isDir()) {
-        write(stderr, QStringLiteral("\"%1\" names a preset. To export it, name the file too:\n"
-                                     "  scrivel-cli presets export %2 FILE\n"
-                                     "To export every preset into a file of that name, write "
-                                     "./%1 instead.\n")
-                          .arg(ui.path, shellQuoted(ui.path)));
+        write(stderr, CliText::tr("\"%1\" names a preset. To export it, name the file too:\n"
+                                  "  scrivel-cli presets export %2 FILE\n"
+                                  "To export every preset into a file of that name, write ./%1 "
+                                  "instead.")
+                              .arg(ui.path, shellQuoted(ui.path)) +
+                          QLatin1Char('\n'));
         return std::unexpected(usageError);
     }
     return PresetTransfer::exportAll(store, ui);
@@ -51,7 +53,7 @@ int exportPresets(Invocation& call) {
     if (!store)
         return otherFailure;
     if (call.words.isEmpty()) {
-        write(stderr, QStringLiteral("Usage: scrivel-cli presets export [NAME|ID...] FILE\n"));
+        write(stderr, usageLine(QStringLiteral("scrivel-cli presets export [NAME|ID...] FILE")));
         return usageError;
     }
     CommandLineTransferUI ui;
@@ -63,14 +65,15 @@ int exportPresets(Invocation& call) {
     if (!written)
         return written.error();
     if (!ui.refusedExisting.isEmpty()) {
-        write(stderr, QStringLiteral("%1 already exists; nothing was written. Add --force to "
-                                     "replace it.\n")
-                          .arg(ui.refusedExisting));
+        write(stderr,
+              CliText::tr("%1 already exists; nothing was written. Add --force to replace it.")
+                      .arg(ui.refusedExisting) +
+                  QLatin1Char('\n'));
         return otherFailure;
     }
     if (!*written)
         return otherFailure;
-    write(stderr, QStringLiteral("Exported to %1\n").arg(ui.path));
+    write(stderr, CliText::tr("Exported to %1").arg(ui.path) + QLatin1Char('\n'));
     return success;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/PresetLookup.h"
 #include "cli/Terminal.h"
@@ -15,7 +16,7 @@ int importPack(Invocation& call) {
     if (!store)
         return otherFailure;
     if (call.words.size() != 1) {
-        write(stderr, QStringLiteral("Usage: scrivel-cli presets import FILE\n"));
+        write(stderr, usageLine(QStringLiteral("scrivel-cli presets import FILE")));
         return usageError;
     }
     const QString failed = PresetTransfer::failureTitle() + QStringLiteral(": ");
@@ -35,10 +36,11 @@ int importPack(Invocation& call) {
     if (!call.session.saved(*store))
         return otherFailure;
     PresetTransferNotifier::instance().postDidImport(imported->affectedIDs);
-    write(stdout, QStringLiteral("Imported %1: %2 added, %3 replaced.\n")
-                      .arg(presetCount(imported->added + imported->replaced))
-                      .arg(imported->added)
-                      .arg(imported->replaced));
+    write(stdout, CliText::tr("Imported %1: %2 added, %3 replaced.")
+                          .arg(presetCount(imported->added + imported->replaced))
+                          .arg(imported->added)
+                          .arg(imported->replaced) +
+                      QLatin1Char('\n'));
     return success;
 }
 

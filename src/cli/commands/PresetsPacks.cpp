@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/PresetLookup.h"
 #include "cli/Terminal.h"
@@ -16,7 +17,7 @@ int listPacks(Invocation& call) {
     if (!call.session.readPresets())
         return otherFailure;
     for (const PresetPackDocument& pack : shippedPacks()) {
-        QString line = pack.name.value_or(QStringLiteral("Untitled Pack")) + QStringLiteral("\t") +
+        QString line = pack.name.value_or(CliText::tr("Untitled Pack")) + QStringLiteral("\t") +
                        presetCount(pack.presets.size());
         if (pack.description && !pack.description->isEmpty())
             line += QStringLiteral(". ") + *pack.description;

@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ExitCode.h"
 #include "cli/PresetLookup.h"
 #include "cli/Terminal.h"
@@ -14,7 +15,7 @@ int usePreset(Invocation& call) {
     if (!store)
         return otherFailure;
     if (call.words.size() != 1) {
-        write(stderr, QStringLiteral("Usage: scrivel-cli presets use NAME|ID\n"));
+        write(stderr, usageLine(QStringLiteral("scrivel-cli presets use NAME|ID")));
         return usageError;
     }
     const auto preset = findPreset(*store, call.words[0]);
@@ -25,7 +26,7 @@ int usePreset(Invocation& call) {
     store->activate(preset->id);
     if (!call.session.saved(*store))
         return otherFailure;
-    write(stdout, QStringLiteral("Active preset: %1\n").arg(preset->name));
+    write(stdout, CliText::tr("Active preset: %1").arg(preset->name) + QLatin1Char('\n'));
     return success;
 }
 

@@ -2,6 +2,7 @@
 
 #include "cli/Await.h"
 #include "cli/CliSession.h"
+#include "cli/CliText.h"
 #include "cli/ClipboardHolder.h"
 #include "cli/DraftDisplay.h"
 #include "cli/ExitCode.h"
@@ -35,7 +36,7 @@ std::expected<Preset, ExitCode> chosenPreset(Invocation& call) {
     }
     if (const auto active = store->activePreset())
         return *active;
-    writeProblem(QStringLiteral("There are no presets."),
+    writeProblem(CliText::tr("There are no presets."),
                  Hints::forReason(UnavailableReason::misconfigured({}), std::nullopt));
     return std::unexpected(usageError);
 }
@@ -44,11 +45,12 @@ std::expected<Preset, ExitCode> chosenPreset(Invocation& call) {
 // after saying it cannot be read.
 std::optional<QString> readInput(const QStringList& files) {
     if (files.isEmpty() && Terminal::isTerminal(stdin))
-        write(stderr, QStringLiteral("Type or paste text, then Ctrl-D\n"));
+        write(stderr, CliText::tr("Type or paste text, then Ctrl+D") + QLatin1Char('\n'));
     const auto bytes = Terminal::readAll(files.value(0));
     if (!bytes) {
-        write(stderr, QStringLiteral("Couldn’t read %1.\n")
-                          .arg(files.value(0, QStringLiteral("standard input"))));
+        write(stderr,
+              CliText::tr("Couldn’t read %1.").arg(files.value(0, CliText::tr("standard input"))) +
+                  QLatin1Char('\n'));
         return std::nullopt;
     }
     return QString::fromUtf8(*bytes);
@@ -56,11 +58,11 @@ std::optional<QString> readInput(const QStringList& files) {
 
 int reportFailure(const TransformFailure& failure, const Preset& preset) {
     if (failure.kind() == TransformFailure::Kind::cancelled) {
-        write(stderr, QStringLiteral("Cancelled.\n"));
+        write(stderr, CliText::tr("Cancelled.") + QLatin1Char('\n'));
         return cancelled;
     }
     const RewriteError error = failure.error().value_or(
-        RewriteError::modelFailed(QStringLiteral("Couldn’t transform this text. Try again.")));
+        RewriteError::modelFailed(CliText::tr("Couldn’t transform this text. Try again.")));
     writeProblem(error.panelMessage(),
                  error.reason() ? Hints::forReason(*error.reason(), preset) : QString());
     return exitCodeFor(error);
@@ -70,14 +72,17 @@ int reportFailure(const TransformFailure& failure, const Preset& preset) {
 void copyResult(const QString& text) {
     switch (ClipboardHolder::copyInBackground(text)) {
     case ClipboardHolder::Outcome::copied:
-        write(stderr, QStringLiteral("Copied.\n"));
+        write(stderr, CliText::tr("Copied.") + QLatin1Char('\n'));
         break;
     case ClipboardHolder::Outcome::noDisplay:
-        write(stderr, QStringLiteral("Not copied: there is no display to hold a clipboard "
-                                     "(DISPLAY is not set).\n"));
+        write(stderr,
+              CliText::tr(
+                  "Not copied: there is no display to hold a clipboard (DISPLAY is not set).") +
+                  QLatin1Char('\n'));
         break;
     case ClipboardHolder::Outcome::failed:
-        write(stderr, QStringLiteral("Couldn’t copy the result. Select and copy it manually.\n"));
+        write(stderr, CliText::tr("Couldn’t copy the result. Select and copy it manually.") +
+                          QLatin1Char('\n'));
         break;
     }
 }
@@ -86,7 +91,7 @@ void copyResult(const QString& text) {
 
 int rewrite(Invocation& call) {
     if (call.words.size() > 1) {
-        write(stderr, QStringLiteral("rewrite takes at most one FILE.\n"));
+        write(stderr, CliText::tr("rewrite takes at most one FILE.") + QLatin1Char('\n'));
         return usageError;
     }
     const auto preset = chosenPreset(call);
@@ -108,11 +113,11 @@ int rewrite(Invocation& call) {
         call.session.services().coordinator().rewrite(*input, *preset, std::move(onPartial));
     bool interrupted = false;
     const auto result = await(run, &interrupted);
-    draft.finish(result && *result ? QStringLiteral("Result:")
-                                   : QStringLiteral("The draft above was not used."));
+    draft.finish(result && *result ? CliText::tr("Result:")
+                                   : CliText::tr("The draft above was not used."));
     if (interrupted || !result) {
         run.cancel(); // aborts the request; nothing is written
-        write(stderr, QStringLiteral("Cancelled.\n"));
+        write(stderr, CliText::tr("Cancelled.") + QLatin1Char('\n'));
         return cancelled;
     }
     if (!*result)
@@ -120,7 +125,7 @@ int rewrite(Invocation& call) {
 
     if ((*result)->kind() == FixResult::Kind::alreadyClean) {
         write(stdout, *input);
-        write(stderr, QStringLiteral("No change needed.\n"));
+        write(stderr, CliText::tr("No change needed.") + QLatin1Char('\n'));
         return success;
     }
     const QString text = (*result)->text();

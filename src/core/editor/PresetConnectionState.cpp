@@ -7,7 +7,7 @@ QString PresetConnectionState::message() const {
         return {};
     QString text = m_reason.value_or(m_failure->message());
     if (m_savedKeyUnchanged)
-        text += tr(" The saved API key is unchanged.");
+        text += QLatin1Char(' ') + tr("The saved API key is unchanged.");
     return text;
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/providers/KeychainError.h"
 #include "core/providers/ProviderConnectionFailure.h"
+#include "core/storage/KeyStorePlace.h"
 
 #include <QCoreApplication>
 #include <QString>
@@ -55,8 +56,12 @@ public:
         return state;
     }
 
+    // Named for the store in use: only the desktop's keyring can keep
+    // Scrivel waiting (a locked keyring asks for its password).
     static QString noAnswerMessage() {
-        return tr("Keychain didn’t answer in time. Unlock it and try again.");
+        if (currentKeyStorePlace() == KeyStorePlace::privateKeyFile)
+            return tr("Scrivel’s key file couldn’t be read in time. Try again.");
+        return tr("The desktop’s keyring didn’t answer in time. Unlock it and try again.");
     }
 
     Kind kind() const { return m_kind; }

@@ -507,9 +507,9 @@ QString PresetEditorModel::keyRemovalMessage(const QList<Preset>& sharing) {
     QStringList names;
     for (const Preset& preset : sharing)
         names.append(preset.displayName());
-    return QString::number(sharing.size()) +
-           tr(" other presets use this key and will stop working: ") +
-           names.join(QStringLiteral(", ")) + QStringLiteral(".");
+    return tr("%n other preset(s) use this key and will stop working: %1.", nullptr,
+              int(sharing.size()))
+        .arg(names.join(QStringLiteral(", ")));
 }
 
 QString PresetEditorModel::apiKeyPlaceholder(const QString& providerID) {

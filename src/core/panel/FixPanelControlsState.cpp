@@ -1,16 +1,15 @@
 #include "core/panel/FixPanelControlsState.h"
 
-#include "core/support/PlatformWording.h"
-
 #include <QCoreApplication>
 
 namespace scrivel {
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("FixPanelView", text);
-}
+// The texts of this file, under the context they have always had.
+struct PanelText {
+    Q_DECLARE_TR_FUNCTIONS(FixPanelView)
+};
 
 } // namespace
 
@@ -31,11 +30,12 @@ FixPanelControlsState FixPanelControlsState::of(const PanelStage& stage, bool ho
     state.showsProgress = working;
     switch (stage.kind) {
     case Kind::copied:
-        state.outcome = SettingsStatus::success(
-            platformKeyWording(tr("Copied. Press ⌘V to replace your text.")));
+        state.outcome =
+            SettingsStatus::success(PanelText::tr("Copied. Press Ctrl+V to replace your text."));
         break;
     case Kind::alreadyClean:
-        state.outcome = SettingsStatus::neutral(tr("No change needed. Nothing was copied."));
+        state.outcome =
+            SettingsStatus::neutral(PanelText::tr("No change needed. Nothing was copied."));
         break;
     case Kind::failure:
         state.outcome = SettingsStatus::error(stage.message);
@@ -53,7 +53,7 @@ FixPanelControlsState FixPanelControlsState::of(const PanelStage& stage, bool ho
 std::optional<QString> shortcutHintText(const std::optional<QString>& displayedShortcut) {
     if (!displayedShortcut || displayedShortcut->isEmpty())
         return std::nullopt;
-    return tr("Press ") + *displayedShortcut + tr(" anywhere to open Scrivel.");
+    return PanelText::tr("Press %1 anywhere to open Scrivel.").arg(*displayedShortcut);
 }
 
 std::optional<QString> shortcutHintText(const GlobalShortcutStatus& delivery,
@@ -67,13 +67,15 @@ std::optional<QString> shortcutHintText(const GlobalShortcutStatus& delivery,
     case Kind::desktopBound:
         if (!delivery.triggerDescription.isEmpty())
             return shortcutHintText(delivery.triggerDescription);
-        return tr("Choose keys for Scrivel under Settings › Keyboard shortcut to open it from "
-                  "anywhere.");
+        return PanelText::tr(
+            "Choose keys for Scrivel under Settings › Keyboard shortcut to open it from "
+            "anywhere.");
     case Kind::unavailable:
         break;
     }
-    return tr("To open Scrivel from anywhere, bind “%1” to a shortcut in your desktop’s keyboard "
-              "settings.")
+    return PanelText::tr(
+               "To open Scrivel from anywhere, bind “%1” to a shortcut in your desktop’s keyboard "
+               "settings.")
         .arg(GlobalShortcutStatus::toggleCommand());
 }
 

@@ -10,11 +10,13 @@ namespace scrivel {
 
 namespace {
 
-QString localized(const char* text) {
-    return QCoreApplication::translate("OnDeviceProvider", text);
-}
+// The texts of this file, under the context they have always had.
+struct OnDeviceText {
+    Q_DECLARE_TR_FUNCTIONS(OnDeviceProvider)
+};
 
 QString promptFor(const QString& text) {
+    // Read by the model, never by the user: not translated.
     return QStringLiteral("Apply your instructions to the content of <input> and return only the "
                           "result.\n\n<input>\n") +
            text + QStringLiteral("\n</input>");
@@ -65,13 +67,13 @@ private:
             QString message;
             switch (response.error()) {
             case OnDeviceModel::GenerationError::contextWindowExceeded:
-                message = localized("Text is too long");
+                message = OnDeviceText::tr("Text is too long");
                 break;
             case OnDeviceModel::GenerationError::unsupportedLanguage:
-                message = localized("Unsupported language");
+                message = OnDeviceText::tr("Unsupported language");
                 break;
             default:
-                message = localized("Couldn’t fix this text");
+                message = OnDeviceText::tr("Couldn’t fix this text");
                 break;
             }
             m_promise.resolve(
@@ -93,6 +95,7 @@ OnDeviceModel::GenerationRequest OnDeviceProvider::generationRequest(const QStri
     OnDeviceModel::GenerationRequest request;
     request.prompt = promptFor(text);
     request.typeName = QStringLiteral("TransformedCopy");
+    // The schema's description is read by the model: not translated.
     request.properties = {{QStringLiteral("transformedText"),
                            QStringLiteral("The full transformed text only. No preface, no "
                                           "commentary.")}};
@@ -113,11 +116,11 @@ OnDeviceProvider::OnDeviceProvider(OnDeviceModel& model, QObject* parent)
 QString OnDeviceProvider::availabilityMessage(const OnDeviceModel::Availability& availability) {
     switch (availability.kind) {
     case OnDeviceModel::Availability::Kind::deviceNotEligible:
-        return localized("Device not eligible for Apple Intelligence");
+        return OnDeviceText::tr("This device can’t run the on-device model");
     case OnDeviceModel::Availability::Kind::notEnabled:
-        return localized("Apple Intelligence is not enabled");
+        return OnDeviceText::tr("The on-device model is turned off");
     case OnDeviceModel::Availability::Kind::modelNotReady:
-        return localized("Model not ready");
+        return OnDeviceText::tr("Model not ready");
     case OnDeviceModel::Availability::Kind::available:
     case OnDeviceModel::Availability::Kind::other:
         break;

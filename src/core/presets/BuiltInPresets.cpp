@@ -18,6 +18,7 @@ QList<Preset> builtInPresets(bool onDeviceModelAvailable) {
     fix.providerID =
         onDeviceModelAvailable ? Preset::onDeviceProviderID() : builtInCloudProviderID();
     fix.model = onDeviceModelAvailable ? QString() : builtInCloudModel();
+    // Instructions are the model's prompt, tuned in English: not translated.
     fix.instructions = QStringLiteral(
         "You correct spelling, grammar, and punctuation only. Preserve meaning, tone, language, "
         "formatting, and line breaks. Do not add facts, labels, Markdown, or quotation marks "
@@ -31,6 +32,7 @@ QList<Preset> builtInPresets(bool onDeviceModelAvailable) {
     concise.name = QCoreApplication::translate("BuiltInPresets", "Make Concise");
     concise.providerID = builtInCloudProviderID();
     concise.model = builtInCloudModel();
+    // The model's prompt: not translated.
     concise.instructions = QStringLiteral(
         "Rewrite the text to be as concise as possible while preserving every fact, the original "
         "language, and the author's tone. Return only the rewritten text.");
@@ -41,6 +43,7 @@ QList<Preset> builtInPresets(bool onDeviceModelAvailable) {
     prompt.name = QCoreApplication::translate("BuiltInPresets", "Improve Prompt");
     prompt.providerID = builtInCloudProviderID();
     prompt.model = builtInCloudModel();
+    // The model's prompt: not translated.
     prompt.instructions = QStringLiteral(
         "Rewrite the text as a clear, well-structured prompt for an AI model. Keep the author's "
         "intent and constraints, state the task explicitly, specify the expected output format, "

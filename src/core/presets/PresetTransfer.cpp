@@ -22,9 +22,10 @@ namespace PresetTransfer {
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("PresetTransfer", text);
-}
+// The texts of this file, under the context they have always had.
+struct TransferText {
+    Q_DECLARE_TR_FUNCTIONS(PresetTransfer)
+};
 
 PresetTransferFailure fileFailure(const QString& description) {
     return PresetTransferFailure{std::nullopt, description};
@@ -33,13 +34,13 @@ PresetTransferFailure fileFailure(const QString& description) {
 } // namespace
 
 QString failureTitle() {
-    return tr("Couldn’t import presets");
+    return TransferText::tr("Couldn’t import presets");
 }
 
 QString message(const PresetTransferFailure& failure) {
     if (failure.packError)
         return failure.packError->message();
-    return tr("The pack could not be read. Check the file and try again.");
+    return TransferText::tr("The pack could not be read. Check the file and try again.");
 }
 
 std::expected<PresetPackDocument, PresetTransferFailure> readPack(const QString& path) {
@@ -134,7 +135,7 @@ bool exportDocument(const PresetPackDocument& document, const QString& baseName,
 
 bool exportAll(const PresetStore& store, PresetTransferUI& ui) {
     const PresetPackDocument document =
-        store.makePackDocument(std::nullopt, tr("Scrivel Presets"), std::nullopt);
+        store.makePackDocument(std::nullopt, TransferText::tr("Scrivel Presets"), std::nullopt);
     if (document.presets.isEmpty())
         return false;
     return exportDocument(document, document.name.value_or(QStringLiteral("Presets")), ui);
@@ -144,8 +145,8 @@ bool exportSelection(const PresetStore& store, const QSet<QUuid>& ids, PresetTra
     const PresetPackDocument document = store.makePackDocument(ids);
     if (document.presets.isEmpty())
         return false;
-    const QString baseName =
-        document.presets.size() == 1 ? document.presets.first().name : tr("Scrivel Presets");
+    const QString baseName = document.presets.size() == 1 ? document.presets.first().name
+                                                          : TransferText::tr("Scrivel Presets");
     return exportDocument(document, baseName, ui);
 }
 

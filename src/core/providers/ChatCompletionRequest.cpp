@@ -12,6 +12,7 @@
 namespace scrivel {
 
 QString ChatCompletionRequest::userPromptTemplate() {
+    // Read by the model, never by the user: not translated.
     return QStringLiteral("Apply your instructions to the content of <input> and return only the "
                           "result.\n\n<input>\n");
 }

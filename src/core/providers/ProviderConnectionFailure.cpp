@@ -1,5 +1,7 @@
 #include "core/providers/ProviderConnectionFailure.h"
 
+#include "core/storage/KeyStorePlace.h"
+
 namespace scrivel {
 
 ProviderConnectionFailure ProviderConnectionFailure::forHTTPStatus(int code) {
@@ -24,7 +26,9 @@ QString ProviderConnectionFailure::message() const {
     case Kind::missingCredential:
         return tr("Enter an API key to connect.");
     case Kind::keychain:
-        return tr("Couldn’t access the API key in Keychain.");
+        return currentKeyStorePlace() == KeyStorePlace::privateKeyFile
+                   ? tr("Couldn’t access the API key in Scrivel’s key file.")
+                   : tr("Couldn’t access the API key in the desktop’s keyring.");
     case Kind::unauthorized:
         return tr("The API key was rejected. Check it and try again.");
     case Kind::forbidden:

@@ -1,13 +1,11 @@
 #include "core/settings/GeneralSettingsModel.h"
 
-#include "core/support/PlatformWording.h"
-
 namespace scrivel {
 
 namespace {
 
 QString approvalWarning() {
-    return GeneralSettingsModel::tr("Approve Scrivel in Login Items.");
+    return GeneralSettingsModel::tr("Allow Scrivel in your desktop’s autostart settings.");
 }
 
 } // namespace
@@ -27,12 +25,12 @@ GeneralSettingsModel::LaunchControl GeneralSettingsModel::launchControl() const 
 
 QString GeneralSettingsModel::footerText() const {
     if (m_loginStatus == LoginItemStatus::requiresApproval)
-        return platformKeyWording(
-            tr("Approve Scrivel under Login Items in System Settings, then return here. The "
-               "shortcut opens the panel anywhere; ⌘1–⌘9 pick presets in sidebar order."));
-    return platformKeyWording(
-        tr("The shortcut opens the panel anywhere. Paste text, press Return, then paste the "
-           "result. In the panel, ⌘1–⌘9 pick the first nine presets in sidebar order."));
+        return tr("Allow Scrivel in your desktop’s autostart settings, then return here. The "
+                  "shortcut opens the panel anywhere; Ctrl+1–Ctrl+9 pick presets in sidebar "
+                  "order.");
+    return tr("The shortcut opens the panel anywhere. Paste text, press Return, then paste the "
+              "result. In the panel, Ctrl+1–Ctrl+9 pick the first nine presets in sidebar "
+              "order.");
 }
 
 void GeneralSettingsModel::refresh() {

@@ -33,7 +33,6 @@ public:
     const std::optional<SettingsStatus>& status() const { return m_status; }
     LaunchControl launchControl() const;
     bool isLaunchAtLoginOn() const { return m_loginStatus == LoginItemStatus::enabled; }
-    // Worded with this system's key names.
     QString footerText() const;
 
     // Reads the login item's status again.

@@ -24,15 +24,15 @@ std::expected<void, LaunchAtLoginError> LaunchAtLoginService::setLaunchAtLogin(b
         m_loginItems.openSystemSettingsLoginItems();
         return {};
     }
-    std::expected<void, QString> outcome;
+    std::expected<void, LoginItemFailure> outcome;
     if (on && current != LoginItemStatus::enabled)
         outcome = m_loginItems.registerItem();
     else if (!on && current == LoginItemStatus::enabled)
         outcome = m_loginItems.unregisterItem();
     if (!outcome) {
         qCWarning(rewriteLog).noquote()
-            << "login item update failed:" << privateValue(outcome.error());
-        return std::unexpected(LaunchAtLoginError::systemFailure(outcome.error()));
+            << "autostart entry update failed:" << privateValue(outcome.error().systemDescription);
+        return std::unexpected(LaunchAtLoginError::systemFailure(on, outcome.error()));
     }
     return {};
 }

@@ -29,6 +29,11 @@ public:
     bool isConfigured() const;
     static bool isConfigured(const QString& feedURL, const QString& publicKey);
 
+    // Whether this build can check for updates at all: configured, and with
+    // an update framework to do the checking. Where it cannot, updates come
+    // from the package or the distribution and no update control is shown.
+    bool offersUpdates() const { return isConfigured() && (m_framework || m_factory); }
+
     bool hasController() const { return m_framework != nullptr; }
     // A controller exists and the framework can check right now.
     bool canCheckForUpdates() const;

@@ -2,6 +2,7 @@
 
 #include "core/shortcuts/ShortcutKey.h"
 
+#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <array>
@@ -128,20 +129,28 @@ std::optional<Shortcut> Shortcut::fromJson(const QByteArray& json) {
 }
 
 QString Shortcut::nativeText() const {
-    // Qt's order on X11 and Windows: Ctrl, Alt, Shift, Meta.
+    // Qt's order on X11 and Windows: Ctrl, Alt, Shift, Meta, in Qt's own
+    // words, so the hint and the settings read like the menus' shortcuts
+    // ("Strg+Alt+Return" in German).
+    const auto qtWord = [](const char* word) {
+        return QCoreApplication::translate("QShortcut", word) + QLatin1Char('+');
+    };
     QString text;
     if (carbonModifiers & control)
-        text += QStringLiteral("Ctrl+");
+        text += qtWord(QT_TRANSLATE_NOOP("QShortcut", "Ctrl"));
     if (carbonModifiers & option)
-        text += QStringLiteral("Alt+");
+        text += qtWord(QT_TRANSLATE_NOOP("QShortcut", "Alt"));
     if (carbonModifiers & shift)
-        text += QStringLiteral("Shift+");
+        text += qtWord(QT_TRANSLATE_NOOP("QShortcut", "Shift"));
     if (carbonModifiers & command)
-        text += QStringLiteral("Meta+");
+        text += qtWord(QT_TRANSLATE_NOOP("QShortcut", "Meta"));
     if (carbonModifiers & function)
         text += QStringLiteral("Fn+");
     const auto key = ShortcutKey::forCarbonKeyCode(carbonKeyCode);
-    return text + (key ? key->name : QStringLiteral("\uFFFD"));
+    if (!key)
+        return text + QStringLiteral("\uFFFD");
+    // Named keys as Qt's translations name them, where installed.
+    return text + QCoreApplication::translate("QShortcut", key->name.toLatin1().constData());
 }
 
 QString Shortcut::symbolText() const {

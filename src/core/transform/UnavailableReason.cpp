@@ -1,5 +1,7 @@
 #include "core/transform/UnavailableReason.h"
 
+#include "core/storage/KeyStorePlace.h"
+
 namespace scrivel {
 
 QString UnavailableReason::message() const {
@@ -11,7 +13,9 @@ QString UnavailableReason::message() const {
     case Kind::missingAPIKey:
         return tr("Connect this preset to a provider in Presets");
     case Kind::keychainError:
-        return tr("Couldn’t access the API key in Keychain");
+        return currentKeyStorePlace() == KeyStorePlace::privateKeyFile
+                   ? tr("Couldn’t access the API key in Scrivel’s key file")
+                   : tr("Couldn’t access the API key in the desktop’s keyring");
     case Kind::rejectedAPIKey:
         return tr("API key was rejected. Check it in Presets.");
     }

@@ -3,7 +3,6 @@
 #include "core/desktop/Announcer.h"
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
-#include "core/support/PlatformWording.h"
 
 #include <QPointer>
 #include <QUuid>
@@ -82,7 +81,7 @@ void StatusItemModel::applyState(const OperationUIState& state) {
     case OperationUIState::Kind::success:
         setButton(Look::checkMark, tr("Complete"), tr("Complete"));
         m_statusLine = tr("Status: Complete");
-        announcement = platformKeyWording(tr("Done. Copied. Press Command-V to paste."));
+        announcement = tr("Done. Copied. Press Ctrl+V to paste.");
         restAfter = successRestDelay;
         break;
     case OperationUIState::Kind::alreadyClean:

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxServices.h"
 
+#include "core/storage/KeyStorePlace.h"
 #include "platform/linux/BootClock.h"
 
 namespace scrivel {
@@ -8,7 +9,13 @@ LinuxServices::LinuxServices() : m_secretService(APIKeyStore::service()) {
     m_presets = std::make_unique<PresetStore>(m_settings);
     const bool fileOnly = qEnvironmentVariable("SCRIVEL_SECRET_STORE") == QLatin1String("file");
     m_keys = std::make_unique<APIKeyStore>(m_secretService, m_fileStore, [this, fileOnly] {
-        return fileOnly ? Future<bool>::ready(false) : m_probe.isAvailable();
+        Future<bool> available = fileOnly ? Future<bool>::ready(false) : m_probe.isAvailable();
+        // Messages about a failed key access name the store in use.
+        return mapFuture(std::move(available), &m_probe, [](bool keyring) {
+            setCurrentKeyStorePlace(keyring ? KeyStorePlace::desktopKeyring
+                                            : KeyStorePlace::privateKeyFile);
+            return keyring;
+        });
     });
     m_hub = std::make_unique<ProviderHub>(m_onDevice, *m_keys);
     m_coordinator = std::make_unique<RewriteCoordinator>(*m_hub);

@@ -33,6 +33,10 @@ public:
     APIKeyStore& keys() { return *m_keys; }
     ProviderHub& hub() { return *m_hub; }
     RewriteCoordinator& coordinator() { return *m_coordinator; }
+    // Where settings and presets are kept, and the private key file used
+    // where no Secret Service runs.
+    QString settingsFile() const { return m_settingsFile.fileName(); }
+    QString keyFile() const { return m_fileStore.filePath(); }
 
     // Told once, with the file's path, when the private key file is found
     // damaged (by default a warning in the log).

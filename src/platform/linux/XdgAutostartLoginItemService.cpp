@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <cerrno>
 
 namespace scrivel {
 
@@ -83,6 +84,16 @@ Entry readEntry(const QByteArray& text) {
             entry.hidden = true;
     }
     return entry;
+}
+
+// What a failed write or removal in folder comes down to, in words the
+// settings can use.
+LoginItemFailure::Reason failureReason(int error, const QString& folder) {
+    if (error == ENOSPC || error == EDQUOT)
+        return LoginItemFailure::Reason::diskFull;
+    if (error == EACCES || error == EPERM || error == EROFS || !QFileInfo(folder).isWritable())
+        return LoginItemFailure::Reason::permissionDenied;
+    return LoginItemFailure::Reason::unknown;
 }
 
 bool isRunnable(const QString& program) {
@@ -201,23 +212,34 @@ LoginItemStatus XdgAutostartLoginItemService::status() const {
     return LoginItemStatus::enabled;
 }
 
-std::expected<void, QString> XdgAutostartLoginItemService::registerItem() {
-    const QString folder = QFileInfo(entryPath()).absolutePath();
+std::expected<void, LoginItemFailure> XdgAutostartLoginItemService::registerItem() {
+    const QString path = entryPath();
+    const QString folder = QFileInfo(path).absolutePath();
     if (!QDir().mkpath(folder))
-        return std::unexpected(QStringLiteral("cannot create ") + folder);
-    QSaveFile file(entryPath());
+        return std::unexpected(LoginItemFailure{path, LoginItemFailure::Reason::folderNotCreated,
+                                                QStringLiteral("cannot create ") + folder});
+    QSaveFile file(path);
+    // QSaveFile writes a temporary file next to the entry, so errno right
+    // after the failing call says why.
+    errno = 0;
     if (!file.open(QIODevice::WriteOnly))
-        return std::unexpected(file.errorString());
+        return std::unexpected(
+            LoginItemFailure{path, failureReason(errno, folder), file.errorString()});
     file.write(entryText(m_executable));
+    errno = 0;
     if (!file.commit())
-        return std::unexpected(file.errorString());
+        return std::unexpected(
+            LoginItemFailure{path, failureReason(errno, folder), file.errorString()});
     return {};
 }
 
-std::expected<void, QString> XdgAutostartLoginItemService::unregisterItem() {
-    QFile file(entryPath());
+std::expected<void, LoginItemFailure> XdgAutostartLoginItemService::unregisterItem() {
+    const QString path = entryPath();
+    QFile file(path);
+    errno = 0;
     if (file.exists() && !file.remove())
-        return std::unexpected(file.errorString());
+        return std::unexpected(LoginItemFailure{
+            path, failureReason(errno, QFileInfo(path).absolutePath()), file.errorString()});
     return {};
 }
 

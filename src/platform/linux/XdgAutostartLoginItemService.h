@@ -25,8 +25,8 @@ public:
     const QString& executable() const { return m_executable; }
 
     LoginItemStatus status() const override;
-    std::expected<void, QString> registerItem() override;
-    std::expected<void, QString> unregisterItem() override;
+    std::expected<void, LoginItemFailure> registerItem() override;
+    std::expected<void, LoginItemFailure> unregisterItem() override;
     void openSystemSettingsLoginItems() override {}
 
     // The binary a login should start: $APPIMAGE when it names an existing

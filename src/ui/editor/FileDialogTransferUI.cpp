@@ -13,12 +13,13 @@ namespace scrivel {
 
 namespace {
 
-QString tr(const char* text) {
-    return QCoreApplication::translate("FileDialogTransferUI", text);
-}
+// The texts of this file, under the context they have always had.
+struct DialogText {
+    Q_DECLARE_TR_FUNCTIONS(FileDialogTransferUI)
+};
 
 QString jsonFilter() {
-    return tr("JSON files (*.json)");
+    return DialogText::tr("JSON files (*.json)");
 }
 
 // Where the dialogs start: the Documents folder when it exists. (Given a
@@ -32,22 +33,22 @@ QString startFolder() {
 } // namespace
 
 std::optional<QString> FileDialogTransferUI::chooseImportFile() {
-    QFileDialog dialog(m_parent, tr("Import Presets"), startFolder());
+    QFileDialog dialog(m_parent, DialogText::tr("Import Presets"), startFolder());
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setNameFilter(jsonFilter());
-    dialog.setLabelText(QFileDialog::Accept, tr("Import"));
+    dialog.setLabelText(QFileDialog::Accept, DialogText::tr("Import"));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     return dialog.selectedFiles().first();
 }
 
 std::optional<QString> FileDialogTransferUI::chooseExportFile(const QString& proposedFileName) {
-    QFileDialog dialog(m_parent, tr("Export Presets"), startFolder());
+    QFileDialog dialog(m_parent, DialogText::tr("Export Presets"), startFolder());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setNameFilter(jsonFilter());
-    dialog.setLabelText(QFileDialog::Accept, tr("Export"));
+    dialog.setLabelText(QFileDialog::Accept, DialogText::tr("Export"));
     dialog.selectFile(proposedFileName);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
@@ -60,9 +61,10 @@ void FileDialogTransferUI::showFailure(const QString& title, const QString& mess
 
 void FileDialogTransferUI::showFailureAlert(QWidget* parent, const QString& title,
                                             const QString& message) {
-    QMessageBox box(QMessageBox::Warning, tr("Scrivel"), title, QMessageBox::NoButton, parent);
+    QMessageBox box(QMessageBox::Warning, DialogText::tr("Scrivel"), title, QMessageBox::NoButton,
+                    parent);
     box.setInformativeText(message);
-    QPushButton* close = box.addButton(tr("Close"), QMessageBox::AcceptRole);
+    QPushButton* close = box.addButton(DialogText::tr("Close"), QMessageBox::AcceptRole);
     box.setDefaultButton(close);
     box.setEscapeButton(close);
     makeRoomForTitle(box);

@@ -4,6 +4,7 @@
 #include "core/editor/PresetEditorModel.h"
 #include "core/presets/PresetStore.h"
 #include "core/presets/ShippedPacks.h"
+#include "core/storage/KeyStorePlace.h"
 #include "core/storage/SettingsStore.h"
 #include "ui/editor/PresetEditorView.h"
 #include "ui/editor/PresetPackPickerDialog.h"
@@ -13,30 +14,73 @@
 #include "ui/widgets/WindowCommandKeys.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QSplitter>
+#include <QTextEdit>
 #include <QVBoxLayout>
 
 namespace scrivel {
 
 namespace {
 
-// Edit commands go to whichever text field has the focus, as the first
-// responder would take them.
-void sendToFocus(const char* slot) {
-    QWidget* focus = QApplication::focusWidget();
-    if (!focus)
+// What the Edit menu's commands can do in the focused widget.
+struct EditState {
+    bool undo = false;
+    bool redo = false;
+    bool cut = false;
+    bool copy = false;
+    bool paste = false;
+    bool selectAll = false;
+};
+
+// Reading the clipboard asks its owner, which may be slow: only done when
+// the menu opens.
+EditState editStateOf(const QWidget* focus, bool readClipboard) {
+    EditState state;
+    const bool clipboardHasText = !readClipboard || !QGuiApplication::clipboard()->text().isEmpty();
+    if (const auto* line = qobject_cast<const QLineEdit*>(focus)) {
+        // A hidden key is never copied out of its field.
+        const bool shown = line->echoMode() == QLineEdit::Normal;
+        state.undo = line->isUndoAvailable();
+        state.redo = line->isRedoAvailable();
+        state.copy = shown && line->hasSelectedText();
+        state.cut = state.copy && !line->isReadOnly();
+        state.paste = !line->isReadOnly() && clipboardHasText;
+        state.selectAll = !line->text().isEmpty();
+    } else if (const auto* text = qobject_cast<const QTextEdit*>(focus)) {
+        state.undo = text->document()->isUndoAvailable();
+        state.redo = text->document()->isRedoAvailable();
+        state.copy = text->textCursor().hasSelection();
+        state.cut = state.copy && !text->isReadOnly();
+        state.paste = !text->isReadOnly() && text->canPaste();
+        state.selectAll = !text->document()->isEmpty();
+    } else if (const auto* plain = qobject_cast<const QPlainTextEdit*>(focus)) {
+        state.undo = plain->document()->isUndoAvailable();
+        state.redo = plain->document()->isRedoAvailable();
+        state.copy = plain->textCursor().hasSelection();
+        state.cut = state.copy && !plain->isReadOnly();
+        state.paste = !plain->isReadOnly() && plain->canPaste();
+        state.selectAll = !plain->document()->isEmpty();
+    }
+    return state;
+}
+
+// Edit commands go to the text field that had the focus last.
+void sendTo(QWidget* target, const char* slot) {
+    if (!target)
         return;
     const QByteArray signature = QByteArray(slot) + "()";
-    if (focus->metaObject()->indexOfMethod(signature.constData()) >= 0)
-        QMetaObject::invokeMethod(focus, slot);
+    if (target->metaObject()->indexOfMethod(signature.constData()) >= 0)
+        QMetaObject::invokeMethod(target, slot);
 }
 
 QWidget* emptyState(QWidget* parent) {
@@ -127,6 +171,8 @@ MainWindow::MainWindow(MainWindowModel& model, const MainWindowServices& service
 }
 
 MainWindow::~MainWindow() {
+    // Focus moves while the widgets go; the menus' actions may be gone by then.
+    disconnect(m_focusWatch);
     // The view goes first: it holds on to the editor model.
     delete m_detailWidget;
     m_editorView = nullptr;
@@ -134,67 +180,107 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::buildMenus() {
-    QMenu* app = menuBar()->addMenu(tr("Scrivel"));
-    QAction* about = app->addAction(tr("About Scrivel"), this, [this] {
-        QMessageBox::about(this, tr("About Scrivel"),
-                           tr("Scrivel %1").arg(QCoreApplication::applicationVersion()));
-    });
-    about->setMenuRole(QAction::AboutRole);
-    app->addSeparator();
-    QAction* settings = app->addAction(tr("Settings…"), this, &MainWindow::settingsRequested);
-    settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
-    settings->setMenuRole(QAction::PreferencesRole);
-    app->addSeparator();
-    app->addAction(tr("Hide Scrivel"), this, &QWidget::showMinimized)
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_H));
-    // Other applications' windows are the desktop's business here.
-    QAction* hideOthers = app->addAction(tr("Hide Others"));
-    hideOthers->setShortcut(QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_H));
-    hideOthers->setEnabled(false);
-    app->addAction(tr("Show All"), this, [this] {
-        showNormal();
-        raise();
-        activateWindow();
-    });
-    app->addSeparator();
-    QAction* quit = app->addAction(tr("Quit Scrivel"), qApp, &QCoreApplication::quit);
-    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
-    quit->setMenuRole(QAction::QuitRole);
-
-    QMenu* file = menuBar()->addMenu(tr("File"));
+    QMenu* file = menuBar()->addMenu(tr("&File"));
     file->addAction(tr("Import Presets…"), this, &MainWindow::importRequested)
         ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_O));
     file->addAction(tr("Export Presets…"), this, &MainWindow::exportAllRequested)
         ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
     file->addSeparator();
-    file->addAction(tr("Add from Pack…"), this, &MainWindow::addFromPackRequested);
-
-    QMenu* edit = menuBar()->addMenu(tr("Edit"));
-    m_editMenu = edit;
-    edit->addAction(tr("Undo"), this, [] { sendToFocus("undo"); })
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
-    edit->addAction(tr("Redo"), this, [] { sendToFocus("redo"); })
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
-    edit->addSeparator();
-    edit->addAction(tr("Cut"), this, [] { sendToFocus("cut"); })
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_X));
-    edit->addAction(tr("Copy"), this, [] { sendToFocus("copy"); })
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_C));
-    edit->addAction(tr("Paste"), this, [] { sendToFocus("paste"); })
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_V));
-    edit->addAction(tr("Select All"), this, [] { sendToFocus("selectAll"); })
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_A));
-
-    QMenu* window = menuBar()->addMenu(tr("Window"));
-    window->addAction(tr("Close"), this, &QWidget::close)
+    file->addAction(tr("Close Window"), this, &QWidget::close)
         ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
-    window->addAction(tr("Minimize"), this, &QWidget::showMinimized)
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_M));
-    window->addSeparator();
-    window->addAction(tr("Bring All to Front"), this, [this] {
-        raise();
-        activateWindow();
+    QAction* quit = file->addAction(tr("Quit Scrivel"), qApp, &QCoreApplication::quit);
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setMenuRole(QAction::QuitRole);
+
+    m_editMenu = menuBar()->addMenu(tr("&Edit"));
+    const auto editAction = [this](const QString& text, const char* slot, QKeySequence keys) {
+        QAction* action =
+            m_editMenu->addAction(text, this, [this, slot] { sendTo(m_editTarget, slot); });
+        action->setShortcut(keys);
+        return action;
+    };
+    m_undo = editAction(tr("Undo"), "undo", QKeySequence(Qt::CTRL | Qt::Key_Z));
+    m_redo = editAction(tr("Redo"), "redo", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+    m_editMenu->addSeparator();
+    m_cut = editAction(tr("Cut"), "cut", QKeySequence(Qt::CTRL | Qt::Key_X));
+    m_copy = editAction(tr("Copy"), "copy", QKeySequence(Qt::CTRL | Qt::Key_C));
+    m_paste = editAction(tr("Paste"), "paste", QKeySequence(Qt::CTRL | Qt::Key_V));
+    m_editMenu->addSeparator();
+    m_selectAll = editAction(tr("Select All"), "selectAll", QKeySequence(Qt::CTRL | Qt::Key_A));
+    connect(m_editMenu, &QMenu::aboutToShow, this, [this] { updateEditActions(true); });
+    // Kept current while the menu is closed too, so that a shortcut of a
+    // command with nothing to act on does nothing.
+    // The menu bar and its menus take the focus while they are used (after
+    // Escape, the bar keeps it): the commands stay with the field before.
+    m_focusWatch = connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        if (qobject_cast<QMenuBar*>(now) || qobject_cast<QMenu*>(now))
+            return;
+        m_editTarget = now && isAncestorOf(now) ? now : nullptr;
+        updateEditActions(false);
     });
+    updateEditActions(false);
+
+    m_presetsMenu = menuBar()->addMenu(tr("&Presets"));
+    m_addPreset = m_presetsMenu->addAction(tr("Add Preset"), this, [this] { m_model.addPreset(); });
+    m_addPreset->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_N));
+    m_usePreset = m_presetsMenu->addAction(tr("Use This Preset"), this, [this] {
+        if (const std::optional<Preset> selected = m_model.selectedPreset())
+            m_model.store().activate(selected->id);
+    });
+    m_deletePreset = m_presetsMenu->addAction(tr("Delete Preset"), this,
+                                              [this] { m_model.requestDeletionOfSelection(); });
+    m_presetsMenu->addSeparator();
+    m_presetsMenu->addAction(tr("Add from Pack…"), this, &MainWindow::addFromPackRequested);
+    connect(m_presetsMenu, &QMenu::aboutToShow, this, &MainWindow::updatePresetActions);
+
+    QMenu* settingsMenu = menuBar()->addMenu(tr("&Settings"));
+    QAction* settings =
+        settingsMenu->addAction(tr("Configure Scrivel…"), this, &MainWindow::settingsRequested);
+    settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    settings->setMenuRole(QAction::PreferencesRole);
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("About Scrivel"), this, &MainWindow::showAbout)
+        ->setMenuRole(QAction::AboutRole);
+}
+
+void MainWindow::updateEditActions(bool readClipboard) {
+    const EditState state = editStateOf(m_editTarget, readClipboard);
+    m_undo->setEnabled(state.undo);
+    m_redo->setEnabled(state.redo);
+    m_cut->setEnabled(state.cut);
+    m_copy->setEnabled(state.copy);
+    m_paste->setEnabled(state.paste);
+    m_selectAll->setEnabled(state.selectAll);
+}
+
+void MainWindow::updatePresetActions() {
+    const std::optional<Preset> selected = m_model.selectedPreset();
+    m_usePreset->setEnabled(selected && !m_model.isActive(selected->id));
+    m_deletePreset->setEnabled(m_model.canDeleteSelection());
+}
+
+QString MainWindow::aboutText() const {
+    const auto paragraph = [](const QString& text) {
+        return QStringLiteral("<p>") + text.toHtmlEscaped() + QStringLiteral("</p>");
+    };
+    QString text = QStringLiteral("<h3>") +
+                   tr("Scrivel %1").arg(QCoreApplication::applicationVersion()).toHtmlEscaped() +
+                   QStringLiteral("</h3>");
+    text += paragraph(tr("Rewrites text with a large language model."));
+    text += paragraph(tr("Licence: %1").arg(QStringLiteral("MIT")));
+    if (!m_services.settingsFile.isEmpty())
+        text += paragraph(tr("Settings and presets are kept in %1.").arg(m_services.settingsFile));
+    if (currentKeyStorePlace() == KeyStorePlace::privateKeyFile && !m_services.keyFile.isEmpty())
+        text +=
+            paragraph(tr("API keys are kept in %1, readable only by you.").arg(m_services.keyFile));
+    else
+        text += paragraph(tr("API keys are kept in the desktop’s keyring (Secret Service)."));
+    return text;
+}
+
+void MainWindow::showAbout() {
+    QMessageBox::about(this, tr("About Scrivel"), aboutText());
 }
 
 void MainWindow::showDetail() {

@@ -8,6 +8,7 @@
 #include <QUuid>
 #include <memory>
 
+class QAction;
 class QMenu;
 
 namespace scrivel {
@@ -23,6 +24,7 @@ class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
+    // A settings key: not translated.
     static QString frameKey() { return QStringLiteral("Scrivel Main"); }
     static QSize initialSize() { return {880, 640}; }
     static QSize minimumContentSize() { return {720, 520}; }
@@ -36,6 +38,9 @@ public:
     PresetEditorModel* editorModel() const { return m_editorModel.get(); }
     QWidget* detail() const { return m_detailWidget; }
     PresetPackPickerDialog* packPicker() const { return m_packPicker; }
+    // The About box's text: version, what Scrivel does, its licence and
+    // where it keeps settings and keys.
+    QString aboutText() const;
 
     // Restores the remembered frame, or centres the window at its initial
     // size when there is none.
@@ -56,6 +61,9 @@ protected:
 
 private:
     void buildMenus();
+    void updateEditActions(bool readClipboard);
+    void updatePresetActions();
+    void showAbout();
     void showDetail();
     void showDeleteConfirmation();
     void showPackPicker();
@@ -73,6 +81,20 @@ private:
     Future<std::optional<UnavailableReason>> m_onDeviceStatus;
     QPointer<PresetPackPickerDialog> m_packPicker;
     QMenu* m_editMenu = nullptr;
+    // The widget the Edit menu acts on: the last one in this window that
+    // had the focus.
+    QPointer<QWidget> m_editTarget;
+    QMetaObject::Connection m_focusWatch;
+    QAction* m_undo = nullptr;
+    QAction* m_redo = nullptr;
+    QAction* m_cut = nullptr;
+    QAction* m_copy = nullptr;
+    QAction* m_paste = nullptr;
+    QAction* m_selectAll = nullptr;
+    QMenu* m_presetsMenu = nullptr;
+    QAction* m_addPreset = nullptr;
+    QAction* m_usePreset = nullptr;
+    QAction* m_deletePreset = nullptr;
 };
 
 } // namespace scrivel

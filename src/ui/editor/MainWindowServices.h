@@ -33,6 +33,10 @@ struct MainWindowServices {
     // The packs offered by the pack picker; the shipped ones by default.
     std::function<QList<PresetPackDocument>()> packs;
     std::chrono::milliseconds editorDebounce{350};
+    // Where settings and presets are kept, and the private key file used
+    // where no keyring runs, for the About box.
+    QString settingsFile;
+    QString keyFile;
 };
 
 } // namespace scrivel

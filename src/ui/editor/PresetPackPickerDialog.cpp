@@ -27,7 +27,7 @@ QString PresetPackPickerDialog::displayName(const PresetPackDocument& pack) {
 }
 
 QString PresetPackPickerDialog::detailText(const PresetPackDocument& pack) {
-    QString text = QString::number(pack.presets.size()) + tr(" presets");
+    QString text = tr("%n preset(s)", nullptr, int(pack.presets.size()));
     const QString description = pack.description.value_or(QString());
     if (!description.isEmpty())
         text += QStringLiteral(". ") + description;

@@ -32,7 +32,7 @@ FixPanelWindow::FixPanelWindow(bool composited, QWidget* parent)
     setAttribute(Qt::WA_TranslucentBackground, composited);
     setAttribute(Qt::WA_ShowWithoutActivating, false);
     // Named apart from the main window, for window lists and scripts.
-    setWindowTitle(QStringLiteral("Scrivel Panel"));
+    setWindowTitle(tr("Scrivel Panel"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     // The window takes the content's size itself (see event()): a layout

@@ -95,8 +95,10 @@ SettingsView::SettingsView(LoginItemService& loginItems, UpdaterController& upda
     column->setContentsMargins(24, 20, 24, 20);
     column->setSpacing(6);
     column->addWidget(makeGeneralSection(shortcutRecorder));
-    column->addSpacing(18);
-    column->addWidget(makeUpdatesSection());
+    if (m_updater.offersUpdates()) {
+        column->addSpacing(18);
+        column->addWidget(makeUpdatesSection());
+    }
     column->addStretch(1);
 
     auto* scroll = new QScrollArea(this);
@@ -133,7 +135,7 @@ QWidget* SettingsView::makeGeneralSection(const RecorderFactory& shortcutRecorde
     auto* launchLayout = new QHBoxLayout(launchControls);
     launchLayout->setContentsMargins(0, 0, 0, 0);
     m_launchToggle = new QCheckBox(launchControls);
-    m_approvalButton = new QPushButton(tr("Open Login Items Settings…"), launchControls);
+    m_approvalButton = new QPushButton(tr("Open Autostart Settings…"), launchControls);
     m_unavailable = secondaryLabel(tr("Unavailable"), launchControls);
     launchLayout->addWidget(m_launchToggle);
     launchLayout->addWidget(m_approvalButton);
@@ -187,31 +189,25 @@ QWidget* SettingsView::makeUpdatesSection() {
     QVBoxLayout* layout = parts.layout;
     QFrame* box = parts.box;
     QVBoxLayout* rows = parts.rows;
-    if (m_updater.isConfigured()) {
-        m_automaticChecks = new QCheckBox(tr("Check for updates automatically"), box);
-        m_checkNow = new QPushButton(tr("Check for Updates…"), box);
-        rows->addWidget(m_automaticChecks);
-        auto* buttonRow = new QHBoxLayout;
-        buttonRow->addWidget(m_checkNow);
-        buttonRow->addStretch(1);
-        rows->addLayout(buttonRow);
-        connect(m_automaticChecks, &QCheckBox::clicked, this, [this](bool checks) {
-            m_updater.setAutomaticallyChecks(checks);
-            renderUpdates();
-        });
-        connect(m_checkNow, &QPushButton::clicked, this, [this] {
-            m_updater.checkForUpdates();
-            renderUpdates();
-        });
-    } else {
-        rows->addWidget(secondaryLabel(tr("Not configured in this development build"), box));
-    }
+    m_automaticChecks = new QCheckBox(tr("Check for updates automatically"), box);
+    m_checkNow = new QPushButton(tr("Check for Updates…"), box);
+    rows->addWidget(m_automaticChecks);
+    auto* buttonRow = new QHBoxLayout;
+    buttonRow->addWidget(m_checkNow);
+    buttonRow->addStretch(1);
+    rows->addLayout(buttonRow);
+    connect(m_automaticChecks, &QCheckBox::clicked, this, [this](bool checks) {
+        m_updater.setAutomaticallyChecks(checks);
+        renderUpdates();
+    });
+    connect(m_checkNow, &QPushButton::clicked, this, [this] {
+        m_updater.checkForUpdates();
+        renderUpdates();
+    });
     layout->addWidget(box);
 
-    QLabel* footer = secondaryLabel(
-        tr("Automatic checks are enabled only in a Developer ID release with a real HTTPS "
-           "appcast and Sparkle EdDSA key. System-profile information isn’t sent."),
-        section, true);
+    QLabel* footer =
+        secondaryLabel(tr("Update checks send no information about your system."), section, true);
     footer->setContentsMargins(4, 2, 4, 0);
     layout->addWidget(footer);
     return section;

@@ -6,8 +6,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QKeySequence>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
 
 namespace scrivel {
 
@@ -39,8 +41,15 @@ ShortcutRecorder::ShortcutRecorder(KeyboardShortcuts& shortcuts, const ShortcutN
 
 QSize ShortcutRecorder::sizeHint() const {
     QSize size = QLineEdit::sizeHint();
-    size.setWidth(fontMetrics().horizontalAdvance(QStringLiteral("Ctrl+Alt+Shift+Meta+PgDown")) +
-                  2 * size.height());
+    // Wide enough for the longest shortcut, with the modifiers in the words
+    // the recorder shows them ("Strg+Alt+Umschalt+Meta+…" in German).
+    const QString widest =
+        QKeySequence(Qt::CTRL | Qt::ALT | Qt::SHIFT | Qt::META | Qt::Key_PageDown)
+            .toString(QKeySequence::NativeText);
+    const int width = std::max({fontMetrics().horizontalAdvance(widest),
+                                fontMetrics().horizontalAdvance(tr("Press Shortcut…")),
+                                fontMetrics().horizontalAdvance(tr("Record Shortcut"))});
+    size.setWidth(width + 2 * size.height());
     return size;
 }
 

@@ -183,13 +183,13 @@ void StatusItemController::buildMenu() {
     m_presetMenu = m_menu->addMenu(tr("Preset"));
     m_menu->addSeparator();
 
+    // Only the panel's item shows keys: its shortcut is global. Ctrl+, and
+    // Ctrl+Q work in the main window, never from the tray.
     m_settingsItem = m_menu->addAction(tr("Settings…"));
-    m_settingsItem->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(m_settingsItem, &QAction::triggered, m_model, &StatusItemModel::showSettings);
     m_menu->addSeparator();
 
     m_quitItem = m_menu->addAction(tr("Quit Scrivel"));
-    m_quitItem->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(m_quitItem, &QAction::triggered, this, [this] {
         if (m_actions.quit)
             m_actions.quit();

@@ -2,6 +2,7 @@
 #include "core/editor/PresetModelListCache.h"
 #include "core/presets/PresetStore.h"
 #include "core/providers/ProviderCatalog.h"
+#include "core/support/Translations.h"
 #include "support/FakeKeyStore.h"
 #include "support/InMemorySettingsStore.h"
 
@@ -47,6 +48,7 @@ class PresetEditorModelTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init();
     void burstOfEditsSavesOnceWithTheLastState();
     void pendingSaveIsWrittenWhenTheEditorGoesAway();
@@ -110,6 +112,11 @@ private:
     int m_changes = 0;
     std::chrono::milliseconds m_keyStoreTimeout{20000};
 };
+
+void PresetEditorModelTest::initTestCase() {
+    // The English plural forms ("2 other presets").
+    Translations::install(*QCoreApplication::instance(), QLocale(QLocale::English));
+}
 
 void PresetEditorModelTest::init() {
     m_settings = std::make_unique<InMemorySettingsStore>();
@@ -497,7 +504,7 @@ void PresetEditorModelTest::aKeychainThatNeverAnswersEndsEveryWait_data() {
 void PresetEditorModelTest::aKeychainThatNeverAnswersEndsEveryWait() {
     QFETCH(QString, wait);
     const QString noAnswer =
-        QStringLiteral("Keychain didn’t answer in time. Unlock it and try again.");
+        QStringLiteral("The desktop’s keyring didn’t answer in time. Unlock it and try again.");
     const Preset preset = stored(QStringLiteral("P"), openai, QStringLiteral("gpt"), std::nullopt,
                                  QStringLiteral("sk"));
     // A dismissed unlock prompt, or a Secret Service that hangs: nothing

@@ -39,9 +39,9 @@ private Q_SLOTS:
             << "Error. Add an API key.";
         // A failure never offers Revert: the original is already back.
         QTest::newRow("keychain error")
-            << PanelStage::failure("Couldn’t access the API key in Keychain.", false) << true
-            << true << "EPRe..."
-            << "Error. Couldn’t access the API key in Keychain.";
+            << PanelStage::failure("Couldn’t access the API key in the desktop’s keyring.", false)
+            << true << true << "EPRe..."
+            << "Error. Couldn’t access the API key in the desktop’s keyring.";
     }
     void perStage() {
         QFETCH(PanelStage, stage);
@@ -97,9 +97,10 @@ private Q_SLOTS:
                  std::optional<QString>(
                      QStringLiteral("Press Ctrl+Alt+Return anywhere to open Scrivel.")));
         QCOMPARE(shortcutHintText(std::nullopt), std::nullopt);
-        QCOMPARE(SettingsStatus::warning(QStringLiteral("Approve Scrivel in Login Items."))
+        QCOMPARE(SettingsStatus::warning(
+                     QStringLiteral("Allow Scrivel in your desktop’s autostart settings."))
                      .accessibleName(),
-                 QStringLiteral("Warning. Approve Scrivel in Login Items."));
+                 QStringLiteral("Warning. Allow Scrivel in your desktop’s autostart settings."));
     }
 };
 

@@ -126,7 +126,8 @@ private Q_SLOTS:
             << "teh text";
         QTest::newRow("keychain error is not a key problem")
             << unavailable(UnavailableReason::keychainError()) << true
-            << PanelStage::failure("Couldn’t access the API key in Keychain", false) << "teh text";
+            << PanelStage::failure("Couldn’t access the API key in the desktop’s keyring", false)
+            << "teh text";
         QTest::newRow("unsafe edit")
             << fail(TransformFailure::rewrite(RewriteError::outputRejected("line-breaks"))) << true
             << PanelStage::failure("The provider returned an unsafe edit. Try again.", false)

@@ -60,8 +60,8 @@ void OnDeviceProviderTest::unavailableModel_data() {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("message");
     QTest::newRow("not eligible") << int(K::deviceNotEligible)
-                                  << "Device not eligible for Apple Intelligence";
-    QTest::newRow("not enabled") << int(K::notEnabled) << "Apple Intelligence is not enabled";
+                                  << "This device can’t run the on-device model";
+    QTest::newRow("not enabled") << int(K::notEnabled) << "The on-device model is turned off";
     QTest::newRow("not ready") << int(K::modelNotReady) << "Model not ready";
     QTest::newRow("other") << int(K::other) << "Downloading";
 }

@@ -1,6 +1,9 @@
+#include "core/editor/PresetConnectionState.h"
 #include "core/pipeline/FixResult.h"
 #include "core/pipeline/OperationUIState.h"
+#include "core/providers/KeychainError.h"
 #include "core/providers/ProviderConnectionFailure.h"
+#include "core/storage/KeyStorePlace.h"
 #include "core/transform/RewriteError.h"
 #include "core/transform/TransformStreamEvent.h"
 #include "core/transform/UnavailableReason.h"
@@ -25,15 +28,50 @@ private Q_SLOTS:
     void errorWording();
     void connectionFailureSentences_data();
     void connectionFailureSentences();
+    void keyStoreFailuresNameTheStoreInUse_data();
+    void keyStoreFailuresNameTheStoreInUse();
 };
+
+Q_DECLARE_METATYPE(KeyStorePlace)
+
+void OutcomesTest::keyStoreFailuresNameTheStoreInUse_data() {
+    QTest::addColumn<KeyStorePlace>("place");
+    QTest::addColumn<QString>("editorSentence");
+    QTest::addColumn<QString>("reasonSentence");
+    QTest::addColumn<QString>("noAnswerSentence");
+    QTest::newRow("keyring")
+        << KeyStorePlace::desktopKeyring
+        << u"Couldn\u2019t access the API key in the desktop\u2019s keyring."_s
+        << u"Couldn\u2019t access the API key in the desktop\u2019s keyring"_s
+        << u"The desktop\u2019s keyring didn\u2019t answer in time. Unlock it and "
+           u"try again."_s;
+    QTest::newRow("key file")
+        << KeyStorePlace::privateKeyFile
+        << u"Couldn\u2019t access the API key in Scrivel\u2019s key file."_s
+        << u"Couldn\u2019t access the API key in Scrivel\u2019s key file"_s
+        << u"Scrivel\u2019s key file couldn\u2019t be read in time. Try again."_s;
+}
+
+void OutcomesTest::keyStoreFailuresNameTheStoreInUse() {
+    QFETCH(KeyStorePlace, place);
+    QFETCH(QString, editorSentence);
+    QFETCH(QString, reasonSentence);
+    QFETCH(QString, noAnswerSentence);
+    setCurrentKeyStorePlace(place);
+    const auto failure = ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::keychain);
+    QCOMPARE(failure.message(), editorSentence);
+    QCOMPARE(KeychainError::saveFailed(-1).saveMessage(), editorSentence);
+    QCOMPARE(UnavailableReason::keychainError().message(), reasonSentence);
+    QCOMPARE(failure.rewriteError(QStringLiteral("Groq")).panelMessage(), reasonSentence);
+    QCOMPARE(PresetConnectionState::noAnswerMessage(), noAnswerSentence);
+    setCurrentKeyStorePlace(KeyStorePlace::desktopKeyring);
+}
 
 void OutcomesTest::reasonMessages_data() {
     QTest::addColumn<UnavailableReason>("reason");
     QTest::addColumn<QString>("message");
 
     QTest::newRow("other carries its sentence") << UnavailableReason::other(u"Busy"_s) << "Busy";
-    QTest::newRow("keychainError")
-        << UnavailableReason::keychainError() << u"Couldn\u2019t access the API key in Keychain"_s;
     QTest::newRow("rejectedAPIKey")
         << UnavailableReason::rejectedAPIKey() << "API key was rejected. Check it in Presets.";
 }
@@ -94,8 +132,6 @@ void OutcomesTest::connectionFailureSentences_data() {
         << of(K::invalidEndpoint) << "Enter a valid provider base URL.";
     QTest::newRow("missingCredential")
         << of(K::missingCredential) << "Enter an API key to connect.";
-    QTest::newRow("keychain") << of(K::keychain)
-                              << u"Couldn\u2019t access the API key in Keychain."_s;
     QTest::newRow("unauthorized") << of(K::unauthorized)
                                   << "The API key was rejected. Check it and try again.";
     QTest::newRow("forbidden") << of(K::forbidden)

@@ -113,7 +113,7 @@ void ProviderHubTest::onDeviceNeverTouchesClients() {
 
     m_model.availabilityValue = {OnDeviceModel::Availability::Kind::notEnabled, {}};
     QCOMPARE(reasonFor(preset),
-             std::optional(UnavailableReason::modelNotReady("Apple Intelligence is not enabled")));
+             std::optional(UnavailableReason::modelNotReady("The on-device model is turned off")));
     m_hub->prewarm(preset);
     QCOMPARE(m_hub->clientCount(), 0);
     QCOMPARE(m_model.sessions.size(), 1); // not warmed while unavailable

@@ -7,6 +7,7 @@ using namespace scrivel;
 using Control = GeneralSettingsModel::LaunchControl;
 
 Q_DECLARE_METATYPE(LoginItemStatus)
+Q_DECLARE_METATYPE(LoginItemFailure::Reason)
 
 namespace {
 
@@ -14,21 +15,24 @@ namespace {
 // unregistering clears; either can be made to fail.
 struct FakeLoginItems : LoginItemService {
     LoginItemStatus status() const override { return current; }
-    std::expected<void, QString> registerItem() override {
+    std::expected<void, LoginItemFailure> registerItem() override {
         calls.append(QStringLiteral("register"));
         if (failWrites)
-            return std::unexpected(QStringLiteral("Operation not permitted"));
+            return std::unexpected(refusal);
         current =
             registerGivesApproval ? LoginItemStatus::requiresApproval : LoginItemStatus::enabled;
         return {};
     }
-    std::expected<void, QString> unregisterItem() override {
+    std::expected<void, LoginItemFailure> unregisterItem() override {
         calls.append(QStringLiteral("unregister"));
         current = LoginItemStatus::notRegistered;
         return {};
     }
     void openSystemSettingsLoginItems() override { calls.append(QStringLiteral("open")); }
 
+    LoginItemFailure refusal{QStringLiteral("/home/u/.config/autostart/com.scrivel.app.desktop"),
+                             LoginItemFailure::Reason::permissionDenied,
+                             QStringLiteral("Operation not permitted")};
     LoginItemStatus current = LoginItemStatus::notRegistered;
     bool failWrites = false;
     bool registerGivesApproval = false;
@@ -36,9 +40,13 @@ struct FakeLoginItems : LoginItemService {
 };
 
 const auto unknownStatus = LoginItemStatus(7);
-const QString failureMessage = QStringLiteral(
-    "macOS couldn’t update the Login Item. Launch at login needs a signed copy in Applications.");
-const QString approvalMessage = QStringLiteral("Approve Scrivel in Login Items.");
+const QString failureMessage =
+    QStringLiteral("Couldn’t write the autostart entry "
+                   "/home/u/.config/autostart/com.scrivel.app.desktop: permission denied.");
+const QString unknownMessage =
+    QStringLiteral("Couldn’t tell whether Scrivel starts at login. Try again later.");
+const QString approvalMessage =
+    QStringLiteral("Allow Scrivel in your desktop’s autostart settings.");
 
 } // namespace
 
@@ -51,22 +59,26 @@ private Q_SLOTS:
         QTest::addColumn<bool>("refused");
         QTest::addColumn<QString>("calls");
         QTest::addColumn<int>("failure"); // a LaunchAtLoginError::Kind, or -1
+        QTest::addColumn<QString>("message");
         const auto approval = LoginItemStatus::requiresApproval;
         const int unknown = int(LaunchAtLoginError::Kind::unknownStatus);
         const int refusal = int(LaunchAtLoginError::Kind::systemFailure);
-        QTest::newRow("on, approval") << true << approval << false << "open" << -1;
-        QTest::newRow("off, approval") << false << approval << false << "open" << -1;
-        QTest::newRow("on, enabled") << true << LoginItemStatus::enabled << false << "" << -1;
+        QTest::newRow("on, approval") << true << approval << false << "open" << -1 << QString();
+        QTest::newRow("off, approval") << false << approval << false << "open" << -1 << QString();
+        QTest::newRow("on, enabled")
+            << true << LoginItemStatus::enabled << false << "" << -1 << QString();
         QTest::newRow("on, not found")
-            << true << LoginItemStatus::notFound << false << "register" << -1;
+            << true << LoginItemStatus::notFound << false << "register" << -1 << QString();
         QTest::newRow("off, enabled")
-            << false << LoginItemStatus::enabled << false << "unregister" << -1;
-        QTest::newRow("off, not found") << false << LoginItemStatus::notFound << false << "" << -1;
+            << false << LoginItemStatus::enabled << false << "unregister" << -1 << QString();
+        QTest::newRow("off, not found")
+            << false << LoginItemStatus::notFound << false << "" << -1 << QString();
         QTest::newRow("off, not registered")
-            << false << LoginItemStatus::notRegistered << false << "" << -1;
-        QTest::newRow("unknown status") << true << unknownStatus << false << "" << unknown;
+            << false << LoginItemStatus::notRegistered << false << "" << -1 << QString();
+        QTest::newRow("unknown status")
+            << true << unknownStatus << false << "" << unknown << unknownMessage;
         QTest::newRow("refused") << true << LoginItemStatus::notRegistered << true << "register"
-                                 << refusal;
+                                 << refusal << failureMessage;
     }
     void serviceActsOnlyWhenNeeded() {
         QFETCH(bool, on);
@@ -74,6 +86,7 @@ private Q_SLOTS:
         QFETCH(bool, refused);
         QFETCH(QString, calls);
         QFETCH(int, failure);
+        QFETCH(QString, message);
         FakeLoginItems items;
         items.current = status;
         items.failWrites = refused;
@@ -81,7 +94,35 @@ private Q_SLOTS:
         QCOMPARE(items.calls.join(' '), calls);
         QCOMPARE(outcome ? -1 : int(outcome.error().kind()), failure);
         if (!outcome) // never the system's own words
-            QCOMPARE(outcome.error().message(), failureMessage);
+            QCOMPARE(outcome.error().message(), message);
+    }
+
+    void failureMessagesNameTheEntryAndTheReason_data() {
+        QTest::addColumn<bool>("registering");
+        QTest::addColumn<LoginItemFailure::Reason>("reason");
+        QTest::addColumn<QString>("message");
+        using Reason = LoginItemFailure::Reason;
+        QTest::newRow("write, no folder")
+            << true << Reason::folderNotCreated
+            << "Couldn’t write the autostart entry /a/x.desktop: its folder can’t be created.";
+        QTest::newRow("write, disk full")
+            << true << Reason::diskFull
+            << "Couldn’t write the autostart entry /a/x.desktop: the disk is full.";
+        QTest::newRow("write, unknown")
+            << true << Reason::unknown << "Couldn’t write the autostart entry /a/x.desktop.";
+        QTest::newRow("remove, denied")
+            << false << Reason::permissionDenied
+            << "Couldn’t remove the autostart entry /a/x.desktop: permission denied.";
+        QTest::newRow("remove, unknown")
+            << false << Reason::unknown << "Couldn’t remove the autostart entry /a/x.desktop.";
+    }
+    void failureMessagesNameTheEntryAndTheReason() {
+        QFETCH(bool, registering);
+        QFETCH(LoginItemFailure::Reason, reason);
+        QFETCH(QString, message);
+        const LoginItemFailure failure{QStringLiteral("/a/x.desktop"), reason,
+                                       QStringLiteral("EIO: the system's words")};
+        QCOMPARE(LaunchAtLoginError::systemFailure(registering, failure).message(), message);
     }
 
     void controlFollowsTheStatusRead_data() {
@@ -109,8 +150,9 @@ private Q_SLOTS:
         model.refresh();
         QCOMPARE(model.launchControl(), control);
         QCOMPARE(model.isLaunchAtLoginOn(), on);
-        QCOMPARE(model.footerText().startsWith(QStringLiteral("Approve Scrivel under")), approval);
-        QVERIFY(!model.footerText().contains(QStringLiteral("⌘")));
+        QCOMPARE(model.footerText().startsWith(QStringLiteral("Allow Scrivel in your desktop’s")),
+                 approval);
+        QVERIFY(model.footerText().contains(QStringLiteral("Ctrl+1–Ctrl+9")));
         QCOMPARE(model.status(),
                  approval ? std::optional(SettingsStatus::warning(approvalMessage)) : std::nullopt);
     }
@@ -145,7 +187,7 @@ private Q_SLOTS:
         // An unknown status fails like any change.
         items.current = unknownStatus;
         model.setLaunchAtLogin(false);
-        QCOMPARE(model.status(), SettingsStatus::error(failureMessage));
+        QCOMPARE(model.status(), SettingsStatus::error(unknownMessage));
     }
 };
 

@@ -46,10 +46,11 @@ void InstallLayoutTest::dataAndTranslationFolders() {
     }
     const QString bin = prefix.filePath(u"bin"_s);
     QCOMPARE(installedDataDirectory(bin), data.isEmpty() ? QString() : prefix.filePath(data));
-    // Nothing is compiled in under :/translations in this build.
+    // The installed folder first; the translations compiled in come last.
     QStringList expected;
     for (const QString& folder : translations)
         expected << prefix.filePath(folder);
+    expected << u":/translations"_s;
     QCOMPARE(translationDirectories(bin), expected);
     QCOMPARE(installedDataDirectory(QString()), QString());
 }

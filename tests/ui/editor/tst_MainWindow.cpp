@@ -1,5 +1,7 @@
 #include "core/editor/MainWindowModel.h"
 #include "core/presets/PresetStore.h"
+#include "core/storage/KeyStorePlace.h"
+#include "core/support/Translations.h"
 #include "support/FakeKeyStore.h"
 #include "support/InMemorySettingsStore.h"
 #include "support/ModalScript.h"
@@ -10,6 +12,7 @@
 #include "ui/editor/PresetSidebar.h"
 
 #include <QAccessible>
+#include <QClipboard>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -74,6 +77,7 @@ class MainWindowTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init();
     void cleanup();
     void oneWindowWithItsTitleAndFrame();
@@ -87,6 +91,9 @@ private Q_SLOTS:
     void keysAndMenuMoveAPresetAndKeepItSelected_data();
     void keysAndMenuMoveAPresetAndKeepItSelected();
     void menuBarHoldsTheApplicationMenus();
+    void editMenuOffersOnlyWhatTheFocusedFieldCanDo();
+    void presetsMenuActsOnTheSelection();
+    void aboutNamesTheLicenceAndWhereThingsAreKept();
     void packPickerTexts_data();
     void packPickerTexts();
     void packPickerSaysWhenEmptyAndAddsCopies();
@@ -102,6 +109,11 @@ private:
     std::unique_ptr<MainWindowController> m_controller;
     QList<PresetPackDocument> m_packs;
 };
+
+void MainWindowTest::initTestCase() {
+    // The English plural forms ("1 preset").
+    Translations::install(*QCoreApplication::instance(), QLocale(QLocale::English));
+}
 
 void MainWindowTest::init() {
     m_settings = std::make_unique<InMemorySettingsStore>();
@@ -134,6 +146,8 @@ MainWindowServices MainWindowTest::services() {
     };
     services.packs = [this] { return m_packs; };
     services.editorDebounce = std::chrono::milliseconds(10);
+    services.settingsFile = QStringLiteral("/home/u/.config/Scrivel/Scrivel.conf");
+    services.keyFile = QStringLiteral("/home/u/.local/share/Scrivel/keys & more");
     return services;
 }
 
@@ -336,14 +350,114 @@ void MainWindowTest::menuBarHoldsTheApplicationMenus() {
     QStringList titles;
     for (const QAction* menu : menus)
         titles.append(menu->text());
-    QCOMPARE(titles, QStringList({"Scrivel", "File", "Edit", "Window"}));
-    const QMenu* file = menus[1]->menu();
+    QCOMPARE(titles, QStringList({"&File", "&Edit", "&Presets", "&Settings", "&Help"}));
+    const QMenu* file = menus[0]->menu();
     QCOMPARE(actionTexts(file),
-             QStringList({"Import Presets…", "Export Presets…", "Add from Pack…"}));
+             QStringList({"Import Presets…", "Export Presets…", "Close Window", "Quit Scrivel"}));
     QCOMPARE(file->actions().first()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_O));
-    const QAction* settings = menus[0]->menu()->actions()[2];
-    QCOMPARE(settings->text(), QStringLiteral("Settings…"));
+    QCOMPARE(file->actions().last()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q));
+    QCOMPARE(actionTexts(menus[1]->menu()),
+             QStringList({"Undo", "Redo", "Cut", "Copy", "Paste", "Select All"}));
+    QCOMPARE(actionTexts(menus[2]->menu()),
+             QStringList({"Add Preset", "Use This Preset", "Delete Preset", "Add from Pack…"}));
+    const QAction* settings = menus[3]->menu()->actions().first();
+    QCOMPARE(settings->text(), QStringLiteral("Configure Scrivel…"));
     QCOMPARE(settings->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    QSignalSpy settingsRequested(m_controller->window(), &MainWindow::settingsRequested);
+    const_cast<QAction*>(settings)->trigger();
+    QCOMPARE(settingsRequested.count(), 1);
+    QCOMPARE(actionTexts(menus[4]->menu()), QStringList({"About Scrivel"}));
+}
+
+void MainWindowTest::editMenuOffersOnlyWhatTheFocusedFieldCanDo() {
+    m_controller->present(false);
+    MainWindow* window = m_controller->window();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    QMenu* edit = window->menuBar()->actions()[1]->menu();
+    const auto enabled = [edit] {
+        Q_EMIT edit->aboutToShow();
+        QStringList names;
+        for (const QAction* action : edit->actions())
+            if (!action->isSeparator() && action->isEnabled())
+                names.append(action->text());
+        return names;
+    };
+    // Nothing focused that edits text: nothing to offer.
+    window->sidebar()->setFocus();
+    QCOMPARE(enabled(), QStringList());
+
+    auto* field = new QLineEdit(window->detail());
+    field->show();
+    field->setFocus();
+    QTRY_COMPARE(QApplication::focusWidget(), field);
+    QGuiApplication::clipboard()->clear();
+    QCOMPARE(enabled(), QStringList()); // empty, nothing done, nothing to paste
+    QTest::keyClicks(field, QStringLiteral("abc"));
+    QCOMPARE(enabled(), QStringList({"Undo", "Select All"}));
+    // The menu bar holding the focus (as it does after Escape) still acts on
+    // the field.
+    window->menuBar()->setFocus();
+    QTRY_COMPARE(QApplication::focusWidget(), window->menuBar());
+    QCOMPARE(enabled(), QStringList({"Undo", "Select All"}));
+    field->setFocus();
+    field->selectAll();
+    QCOMPARE(enabled(), QStringList({"Undo", "Cut", "Copy", "Select All"}));
+    // The menu's commands reach the field.
+    edit->actions()[3]->trigger(); // Cut
+    QCOMPARE(field->text(), QString());
+    QCOMPARE(enabled(), QStringList({"Undo", "Paste"}));
+    edit->actions()[0]->trigger(); // Undo
+    QCOMPARE(field->text(), QStringLiteral("abc"));
+    QVERIFY(enabled().contains(QStringLiteral("Redo")));
+    // A hidden key is never copied out.
+    field->setEchoMode(QLineEdit::Password);
+    field->selectAll();
+    QVERIFY(!enabled().contains(QStringLiteral("Copy")));
+}
+
+void MainWindowTest::presetsMenuActsOnTheSelection() {
+    m_controller->present(false);
+    MainWindow* window = m_controller->window();
+    QMenu* presets = window->menuBar()->actions()[2]->menu();
+    QAction* add = presets->actions()[0];
+    QAction* use = presets->actions()[1];
+    QAction* remove = presets->actions()[2];
+    const QUuid second = m_store->presets()[1].id;
+    m_controller->model().setSelection(MainSidebarItem::preset(second));
+    Q_EMIT presets->aboutToShow();
+    QVERIFY(use->isEnabled() && remove->isEnabled());
+    use->trigger();
+    QCOMPARE(m_store->activePresetID(), std::optional(second));
+    Q_EMIT presets->aboutToShow();
+    QVERIFY(!use->isEnabled()); // already the active one
+
+    const qsizetype before = m_store->presets().size();
+    add->trigger();
+    QCOMPARE(m_store->presets().size(), before + 1);
+
+    m_controller->model().setSelection(MainSidebarItem::settings());
+    Q_EMIT presets->aboutToShow();
+    QVERIFY(!use->isEnabled() && !remove->isEnabled());
+}
+
+void MainWindowTest::aboutNamesTheLicenceAndWhereThingsAreKept() {
+    m_controller->present(false);
+    MainWindow* window = m_controller->window();
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.2.3"));
+    const QString keyring = window->aboutText();
+    QVERIFY(keyring.contains(QStringLiteral("Scrivel 1.2.3")));
+    QVERIFY(keyring.contains(QStringLiteral("Rewrites text with a large language model.")));
+    QVERIFY(keyring.contains(QStringLiteral("Licence: MIT")));
+    QVERIFY(keyring.contains(
+        QStringLiteral("Settings and presets are kept in /home/u/.config/Scrivel/Scrivel.conf.")));
+    QVERIFY(keyring.contains(
+        QStringLiteral("API keys are kept in the desktop’s keyring (Secret Service).")));
+    setCurrentKeyStorePlace(KeyStorePlace::privateKeyFile);
+    const QString keyFile = window->aboutText();
+    setCurrentKeyStorePlace(KeyStorePlace::desktopKeyring);
+    QVERIFY(
+        keyFile.contains(QStringLiteral("API keys are kept in /home/u/.local/share/Scrivel/keys "
+                                        "&amp; more, readable only by you.")));
 }
 
 void MainWindowTest::packPickerTexts_data() {
@@ -356,7 +470,7 @@ void MainWindowTest::packPickerTexts_data() {
     QTest::newRow("no description") << pack(QStringLiteral("Mail"), 2, QString()) << "Mail"
                                     << "2 presets";
     QTest::newRow("untitled") << pack(std::nullopt, 1, std::nullopt) << "Untitled Pack"
-                              << "1 presets";
+                              << "1 preset";
 }
 
 void MainWindowTest::packPickerTexts() {

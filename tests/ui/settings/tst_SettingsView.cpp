@@ -17,13 +17,15 @@ namespace {
 
 struct FakeLoginItems : LoginItemService {
     LoginItemStatus status() const override { return current; }
-    std::expected<void, QString> registerItem() override {
+    std::expected<void, LoginItemFailure> registerItem() override {
         if (failWrites)
-            return std::unexpected(QStringLiteral("Read-only file system"));
+            return std::unexpected(LoginItemFailure{QStringLiteral("/ro/autostart/s.desktop"),
+                                                    LoginItemFailure::Reason::permissionDenied,
+                                                    QStringLiteral("Read-only file system")});
         current = LoginItemStatus::enabled;
         return {};
     }
-    std::expected<void, QString> unregisterItem() override {
+    std::expected<void, LoginItemFailure> unregisterItem() override {
         current = LoginItemStatus::notRegistered;
         return {};
     }
@@ -68,7 +70,7 @@ QCheckBox* checkBox(QWidget& view, const QString& name) {
 const QString launch = QStringLiteral("Launch at login");
 const QString takeSelection = QStringLiteral("Start with the selected text");
 const QString replaceSelection = QStringLiteral("Replace the selection when done");
-const QString notConfigured = QStringLiteral("Not configured in this development build");
+const QString updates = QStringLiteral("Updates");
 
 } // namespace
 
@@ -91,8 +93,8 @@ private Q_SLOTS:
         QVERIFY(!toggle->isChecked());
         QVERIFY(status->isVisibleTo(&view));
         QCOMPARE(status->accessibleName(),
-                 QStringLiteral("Error. macOS couldn’t update the Login Item. Launch at login "
-                                "needs a signed copy in Applications."));
+                 QStringLiteral("Error. Couldn’t write the autostart entry "
+                                "/ro/autostart/s.desktop: permission denied."));
 
         items.failWrites = false;
         toggle->click();
@@ -110,21 +112,30 @@ private Q_SLOTS:
         items.current = LoginItemStatus::requiresApproval;
         view.show();
         QVERIFY(!checkBox(view, launch)->isVisibleTo(&view));
-        QPushButton* approve = button(view, QStringLiteral("Open Login Items Settings…"));
+        QPushButton* approve = button(view, QStringLiteral("Open Autostart Settings…"));
         QVERIFY(approve && approve->isVisibleTo(&view));
         approve->click();
         QCOMPARE(items.opened, 1);
-        QVERIFY(showsText(view, QStringLiteral("Approve Scrivel in Login Items.")));
+        QVERIFY(
+            showsText(view, QStringLiteral("Allow Scrivel in your desktop’s autostart settings.")));
         QVERIFY(showsText(view, view.generalModel().footerText()));
     }
 
     void updatesSectionFollowsTheConfiguration() {
+        // No configuration, or a configuration but no framework to check
+        // with (as on Linux): no section, no control that would do nothing.
         FakeLoginItems items;
         UpdaterController unconfigured{QString(), QString()};
-        SettingsView plain(items, unconfigured, {});
-        plain.show();
-        QVERIFY(showsText(plain, notConfigured));
-        QVERIFY(!button(plain, QStringLiteral("Check for Updates…")));
+        UpdaterController frameworkless(
+            QStringLiteral("https://updates.scrivel.app/appcast.xml"),
+            QStringLiteral("AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8="));
+        for (UpdaterController* updater : {&unconfigured, &frameworkless}) {
+            SettingsView plain(items, *updater, {});
+            plain.show();
+            QVERIFY(!showsText(plain, updates));
+            QVERIFY(!button(plain, QStringLiteral("Check for Updates…")));
+            QVERIFY(!checkBox(plain, QStringLiteral("Check for updates automatically")));
+        }
 
         bool automatic = true; // the framework's stored preference
         UpdaterController configured(QStringLiteral("https://updates.scrivel.app/appcast.xml"),
@@ -133,7 +144,7 @@ private Q_SLOTS:
         configured.startIfConfigured();
         SettingsView view(items, configured, {});
         view.show();
-        QVERIFY(!showsText(view, notConfigured));
+        QVERIFY(showsText(view, updates));
         QCheckBox* box = checkBox(view, QStringLiteral("Check for updates automatically"));
         QVERIFY(box->isChecked());
         box->click();

@@ -35,6 +35,9 @@ private Q_SLOTS:
                                       "Settings…", "-", "Quit Scrivel"}));
         QVERIFY(!items[0]->isEnabled());
         QCOMPARE(bound, items[2]);
+        // Keys that only work in the main window are not shown here.
+        QVERIFY(items[5]->shortcut().isEmpty());
+        QVERIFY(items[7]->shortcut().isEmpty());
         QCOMPARE(controller.trayIcon().toolTip(), QStringLiteral("Scrivel"));
 
         // The preset submenu: store order, the active one checked, and a
