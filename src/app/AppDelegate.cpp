@@ -142,6 +142,10 @@ void AppDelegate::createStatusItem() {
     m_statusItem =
         std::make_unique<StatusItemController>(m_services.coordinator(), m_services.presets(),
                                                m_updater, *m_announcer, std::move(actions));
+    // The coordinator reports from inside a run; the tray shows each state on
+    // the next turn of the event loop, in the order reported.
+    connect(&m_services.coordinator(), &RewriteCoordinator::operationStateChanged,
+            &m_statusItem->model(), &StatusItemModel::applyState, Qt::QueuedConnection);
     // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
     // its tooltip to no one else.
     m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());

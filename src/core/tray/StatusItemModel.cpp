@@ -31,17 +31,6 @@ StatusItemModel::StatusItemModel(RewriteCoordinator& coordinator, PresetStore& p
     : QObject(parent), m_coordinator(coordinator), m_presets(presets), m_announcer(announcer),
       m_actions(std::move(actions)), m_sleep(std::move(sleep)), m_toolTip(restingToolTip()),
       m_accessibleValue(tr("Idle")), m_statusLine(tr("Status: Checking…")) {
-    // The coordinator reports from inside a run; the state is applied on the
-    // next turn of the loop, in the order reported.
-    m_coordinator.setUIHandler(
-        [self = QPointer<StatusItemModel>(this)](const OperationUIState& state) {
-            if (!self)
-                return;
-            later(self.data(), [self, state] {
-                if (self)
-                    self->applyState(state);
-            });
-        });
     connect(&m_presets, &PresetStore::presetsChanged, this, &StatusItemModel::menuChanged);
     connect(&m_presets, &PresetStore::activePresetIDChanged, this, &StatusItemModel::menuChanged);
     refreshReadiness();

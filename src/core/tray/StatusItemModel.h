@@ -56,8 +56,9 @@ public:
     static constexpr std::chrono::milliseconds successRestDelay{2000};
     static constexpr std::chrono::milliseconds otherRestDelay{3000};
 
-    // Installs itself as the coordinator's status display and reads the
-    // active preset's readiness. sleep stands in for the clock in tests.
+    // Reads the active preset's readiness through the coordinator. The runs'
+    // states come in through applyState. sleep stands in for the clock in
+    // tests.
     StatusItemModel(RewriteCoordinator& coordinator, PresetStore& presets, Announcer& announcer,
                     Actions actions, Sleep sleep = timerSleep, QObject* parent = nullptr);
 

@@ -83,7 +83,8 @@ void RewriteCoordinatorTest::init() {
     m_coordinator->setTimeoutScale([](int) { return std::chrono::milliseconds(60000); });
     m_states.clear();
     m_result.reset();
-    m_coordinator->setUIHandler([this](const OperationUIState& state) { m_states.append(state); });
+    connect(m_coordinator.get(), &RewriteCoordinator::operationStateChanged, this,
+            [this](const OperationUIState& state) { m_states.append(state); });
 }
 
 void RewriteCoordinatorTest::start(const QString& input, const Preset& preset,

@@ -42,6 +42,9 @@ struct Fixture {
                                      },
                                      [this](bool enabled) { shortcutStates.append(enabled); }},
             clock.sleep());
+        // As the app wires it: each state on the next turn, in order.
+        QObject::connect(&coordinator, &RewriteCoordinator::operationStateChanged, model.get(),
+                         &StatusItemModel::applyState, Qt::QueuedConnection);
     }
 
     // The button (look, tool tip, accessible value) and the menu's status line.
