@@ -80,6 +80,10 @@ void AppDelegate::launch() {
     // build configured for updates.
     m_updater.startIfConfigured();
     attachGlobalShortcut();
+    // Every change of a preset (made in the main window, or an import) may
+    // have changed the active preset, which is prepared again.
+    connect(&m_services.presets(), &PresetStore::presetsChanged, this,
+            &AppDelegate::prewarmActivePreset, Qt::QueuedConnection);
     observeWake();
     prewarmActivePreset();
     showPanelAtFirstLaunch();
@@ -146,6 +150,10 @@ void AppDelegate::createStatusItem() {
     // the next turn of the event loop, in the order reported.
     connect(&m_services.coordinator(), &RewriteCoordinator::operationStateChanged,
             &m_statusItem->model(), &StatusItemModel::applyState, Qt::QueuedConnection);
+    // The tray follows the presets itself; a new or removed API key changes
+    // readiness too.
+    connect(&m_services.keys(), &APIKeyStore::keyChanged, &m_statusItem->model(),
+            &StatusItemModel::refreshReadiness);
     // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
     // its tooltip to no one else.
     m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());
@@ -249,13 +257,7 @@ void AppDelegate::openMainWindow(bool selectSettings) {
         m_openMainWindow(selectSettings);
         return;
     }
-    // Every change of a preset made in the window (and every import) may
-    // have changed the active preset, which is prepared again.
-    QPointer<AppDelegate> self(this);
-    m_mainWindow->present(selectSettings, [self] {
-        if (self)
-            QTimer::singleShot(0, self, &AppDelegate::prewarmActivePreset);
-    });
+    m_mainWindow->present(selectSettings);
 }
 
 } // namespace scrivel

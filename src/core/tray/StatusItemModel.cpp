@@ -31,8 +31,11 @@ StatusItemModel::StatusItemModel(RewriteCoordinator& coordinator, PresetStore& p
     : QObject(parent), m_coordinator(coordinator), m_presets(presets), m_announcer(announcer),
       m_actions(std::move(actions)), m_sleep(std::move(sleep)), m_toolTip(restingToolTip()),
       m_accessibleValue(tr("Idle")), m_statusLine(tr("Status: Checking…")) {
-    connect(&m_presets, &PresetStore::presetsChanged, this, &StatusItemModel::menuChanged);
-    connect(&m_presets, &PresetStore::activePresetIDChanged, this, &StatusItemModel::menuChanged);
+    // Wherever a preset is renamed, re-configured or chosen, the menu and the
+    // readiness follow.
+    connect(&m_presets, &PresetStore::presetsChanged, this, &StatusItemModel::presetsDidChange);
+    connect(&m_presets, &PresetStore::activePresetIDChanged, this,
+            &StatusItemModel::presetsDidChange);
     refreshReadiness();
 }
 
@@ -43,6 +46,13 @@ QList<StatusItemModel::PresetMenuItem> StatusItemModel::presetMenu() const {
         items.append(
             {preset.displayName(), Preset::idText(preset.id), active && active->id == preset.id});
     return items;
+}
+
+void StatusItemModel::presetsDidChange() {
+    Q_EMIT menuChanged();
+    // Once the change is complete (an import replaces the list, then the
+    // active identifier).
+    later(this, [this] { refreshReadiness(); });
 }
 
 void StatusItemModel::setButton(Look look, const QString& toolTip, const QString& accessibleValue) {

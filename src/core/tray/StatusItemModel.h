@@ -76,7 +76,9 @@ public:
     // Shows one run state; a result look returns to rest after its delay
     // unless a newer state comes first.
     void applyState(const OperationUIState& state);
-    // Reads the status line and the active preset's readiness again.
+    // Reads the status line and the active preset's readiness again: when
+    // the presets change (followed here), when an API key changes (the app
+    // connects the key store), when the menu opens and after a result.
     void refreshReadiness();
     // Puts a notice in the status line, in front of every run state and
     // readiness line, until it is cleared with an empty one: a problem the
@@ -98,6 +100,7 @@ Q_SIGNALS:
     void menuChanged();
 
 private:
+    void presetsDidChange();
     void setButton(Look look, const QString& toolTip, const QString& accessibleValue);
     void returnToRest();
     void prewarmAndRefresh();
