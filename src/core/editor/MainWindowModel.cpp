@@ -5,9 +5,8 @@
 
 namespace scrivel {
 
-MainWindowModel::MainWindowModel(PresetStore& store, std::function<void()> onChanged,
-                                 QObject* parent)
-    : QObject(parent), m_store(store), m_onChanged(std::move(onChanged)) {}
+MainWindowModel::MainWindowModel(PresetStore& store, QObject* parent)
+    : QObject(parent), m_store(store) {}
 
 void MainWindowModel::setSelection(const std::optional<MainSidebarItem>& selection) {
     if (selection == m_selection)

@@ -6,7 +6,6 @@
 #include <QCoreApplication>
 #include <QObject>
 #include <QUuid>
-#include <functional>
 #include <optional>
 
 namespace scrivel {
@@ -20,11 +19,9 @@ class MainWindowModel : public QObject {
     Q_OBJECT
 
 public:
-    MainWindowModel(PresetStore& store, std::function<void()> onChanged, QObject* parent = nullptr);
+    explicit MainWindowModel(PresetStore& store, QObject* parent = nullptr);
 
     PresetStore& store() const { return m_store; }
-    // Handed to each editor model, which calls it after every save.
-    const std::function<void()>& onChanged() const { return m_onChanged; }
 
     const std::optional<MainSidebarItem>& selection() const { return m_selection; }
     void setSelection(const std::optional<MainSidebarItem>& selection);
@@ -79,7 +76,6 @@ Q_SIGNALS:
 
 private:
     PresetStore& m_store;
-    std::function<void()> m_onChanged;
     std::optional<MainSidebarItem> m_selection;
     bool m_isShowingPackPicker = false;
     std::optional<Preset> m_pendingDeletion;

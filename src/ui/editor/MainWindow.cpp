@@ -210,8 +210,8 @@ void MainWindow::showDetail() {
     if (preset && m_services.store && m_services.keys) {
         m_editedPresetID = preset->id;
         m_editorModel = std::make_unique<PresetEditorModel>(
-            *preset, *m_services.store, m_model.onChanged(), *m_services.keys,
-            m_services.loadModels, m_services.runTestTransform,
+            *preset, *m_services.store, *m_services.keys, m_services.loadModels,
+            m_services.runTestTransform,
             PresetEditorModel::Options{m_services.editorDebounce, nullptr});
         const QUuid id = preset->id;
         auto* scroll = new QScrollArea(m_detailArea);

@@ -10,8 +10,7 @@ namespace scrivel {
 
 MainWindowController::MainWindowController(MainWindowServices services, QObject* parent)
     : QObject(parent), m_services(std::move(services)),
-      m_model(
-          std::make_unique<MainWindowModel>(*m_services.store, [this] { presetsDidChange(); })) {
+      m_model(std::make_unique<MainWindowModel>(*m_services.store)) {
     connect(&PresetTransferNotifier::instance(), &PresetTransferNotifier::didImport, this,
             [this](std::optional<QUuid> firstAffectedID) { m_model->didImport(firstAffectedID); });
 }
@@ -27,14 +26,7 @@ MainWindow* MainWindowController::window() const {
     return m_window;
 }
 
-void MainWindowController::presetsDidChange() {
-    if (m_presetsChanged)
-        m_presetsChanged();
-}
-
-void MainWindowController::present(bool selectSettings, std::function<void()> presetsChanged) {
-    if (presetsChanged)
-        m_presetsChanged = std::move(presetsChanged);
+void MainWindowController::present(bool selectSettings) {
     m_model->prepareSelection(selectSettings);
     if (!m_window) {
         m_window = new MainWindow(*m_model, m_services);
@@ -49,8 +41,7 @@ void MainWindowController::present(bool selectSettings, std::function<void()> pr
                 &MainWindowController::addFromPack);
         connect(m_window, &MainWindow::packChosen, this, [this](const PresetPackDocument& pack) {
             FileDialogTransferUI ui(m_window);
-            if (PresetTransfer::addShippedPack(*m_services.store, pack, ui))
-                presetsDidChange();
+            PresetTransfer::addShippedPack(*m_services.store, pack, ui);
         });
         MainWindow* window = m_window;
         connect(m_window, &QObject::destroyed, this,
@@ -74,8 +65,6 @@ void MainWindowController::importPresets() {
     present(false);
     FileDialogTransferUI ui(m_window);
     PresetTransfer::importFromFile(*m_services.store, ui);
-    // Imported presets may include the active one; it is prepared again.
-    presetsDidChange();
 }
 
 void MainWindowController::exportPresets() {

@@ -6,7 +6,6 @@
 #include <QPointer>
 #include <QSet>
 #include <QUuid>
-#include <functional>
 #include <memory>
 
 class QWidget;
@@ -29,9 +28,8 @@ public:
 
     // Opens the window on the settings or on the presets (the selected one
     // when it still exists, else the active one), or brings the open window
-    // to the front. presetsChanged is called after every change of a preset
-    // made in the window, and after imports.
-    void present(bool selectSettings, std::function<void()> presetsChanged = {});
+    // to the front.
+    void present(bool selectSettings);
 
     // The main menu's actions. Each opens the window on the presets first.
     void showSettings();
@@ -39,12 +37,6 @@ public:
     void exportPresets();
     void exportPresets(const QSet<QUuid>& ids);
     void addFromPack();
-
-    // The page shown for the sidebar's Settings entry, from the next time the
-    // detail area shows it.
-    void setSettingsPage(std::function<QWidget*(QWidget* parent)> factory) {
-        m_services.settingsPage = std::move(factory);
-    }
 
     MainWindow* window() const;
     MainWindowModel& model() const { return *m_model; }
@@ -55,12 +47,9 @@ Q_SIGNALS:
     void windowClosed(QWidget* window);
 
 private:
-    void presetsDidChange();
-
     MainWindowServices m_services;
     std::unique_ptr<MainWindowModel> m_model;
     QPointer<MainWindow> m_window;
-    std::function<void()> m_presetsChanged;
 };
 
 } // namespace scrivel

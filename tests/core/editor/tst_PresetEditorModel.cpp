@@ -114,6 +114,8 @@ private:
 void PresetEditorModelTest::init() {
     m_settings = std::make_unique<InMemorySettingsStore>();
     m_store = std::make_unique<PresetStore>(*m_settings);
+    // Saves count as they reach the store.
+    connect(m_store.get(), &PresetStore::presetsChanged, this, [this] { ++m_changes; });
     m_keys = FakeKeyStore();
     m_cache.clear();
     m_loads.clear();
@@ -135,8 +137,9 @@ std::unique_ptr<PresetEditorModel> PresetEditorModelTest::open(const Preset& pre
         m_tests.append(test);
         return future;
     };
+    m_changes = 0; // saves of the editor only, not the presets stored before
     return std::make_unique<PresetEditorModel>(
-        preset, *m_store, [this] { ++m_changes; }, m_keys, loader, tester,
+        preset, *m_store, m_keys, loader, tester,
         PresetEditorModel::Options{std::chrono::milliseconds(debounceMs), &m_cache,
                                    m_keyStoreTimeout});
 }

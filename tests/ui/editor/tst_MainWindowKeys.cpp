@@ -62,7 +62,7 @@ void MainWindowKeysTest::init() {
         return Future<PresetEditorModel::TestResult>::ready(QStringLiteral("ok"));
     };
     m_services.editorDebounce = std::chrono::milliseconds(10);
-    m_model = std::make_unique<MainWindowModel>(*m_store, [] {});
+    m_model = std::make_unique<MainWindowModel>(*m_store);
     // A preset that is not the active one: "Use Preset" has work to do.
     m_model->setSelection(MainSidebarItem::preset(m_store->presets()[1].id));
     m_window = std::make_unique<MainWindow>(*m_model, m_services);
