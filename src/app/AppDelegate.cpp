@@ -121,42 +121,35 @@ void AppDelegate::connectSelection() {
 }
 
 void AppDelegate::createStatusItem() {
-    QPointer<AppDelegate> self(this);
-    StatusItemController::Actions actions;
-    actions.presentPanelCentred = [self] {
-        if (self && self->m_fixPanel)
-            self->m_fixPanel->presentCentered(std::nullopt);
-    };
-    actions.showSettings = [self](UpdaterController&, std::function<void()>) {
-        if (self)
-            self->openMainWindow(true);
-    };
-    KeyboardShortcuts& shortcuts = m_shortcuts;
-    actions.setShortcutEnabled = [&shortcuts](bool enabled) {
-        const QList<ShortcutName> names{ShortcutName::rewriteFocusedField()};
-        if (enabled)
-            shortcuts.enable(names);
-        else
-            shortcuts.disable(names);
-    };
-    actions.bindOpenPanelAction = [&shortcuts](QAction* openPanel) {
-        ShortcutActionBinding::bind(openPanel, shortcuts, ShortcutName::rewriteFocusedField());
-    };
-    actions.quit = [] { QCoreApplication::quit(); };
-    m_statusItem =
-        std::make_unique<StatusItemController>(m_services.coordinator(), m_services.presets(),
-                                               m_updater, *m_announcer, std::move(actions));
+    m_statusItem = std::make_unique<StatusItemController>(m_services.coordinator(),
+                                                          m_services.presets(), *m_announcer);
+    StatusItemModel& tray = m_statusItem->model();
+    ShortcutActionBinding::bind(m_statusItem->openPanelAction(), m_shortcuts,
+                                ShortcutName::rewriteFocusedField());
+    connect(&tray, &StatusItemModel::panelRequested, m_fixPanel.get(),
+            [panel = m_fixPanel.get()] { panel->presentCentered(std::nullopt); });
+    connect(&tray, &StatusItemModel::settingsRequested, this, [this] { openMainWindow(true); });
+    connect(&tray, &StatusItemModel::shortcutEnabledChanged, this,
+            &AppDelegate::setGlobalShortcutEnabled);
     // The coordinator reports from inside a run; the tray shows each state on
     // the next turn of the event loop, in the order reported.
-    connect(&m_services.coordinator(), &RewriteCoordinator::operationStateChanged,
-            &m_statusItem->model(), &StatusItemModel::applyState, Qt::QueuedConnection);
+    connect(&m_services.coordinator(), &RewriteCoordinator::operationStateChanged, &tray,
+            &StatusItemModel::applyState, Qt::QueuedConnection);
     // The tray follows the presets itself; a new or removed API key changes
     // readiness too.
-    connect(&m_services.keys(), &APIKeyStore::keyChanged, &m_statusItem->model(),
+    connect(&m_services.keys(), &APIKeyStore::keyChanged, &tray,
             &StatusItemModel::refreshReadiness);
     // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
     // its tooltip to no one else.
-    m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());
+    m_statusItemExport = std::make_unique<DBusStatusItemExport>(tray);
+}
+
+void AppDelegate::setGlobalShortcutEnabled(bool enabled) {
+    const QList<ShortcutName> names{ShortcutName::rewriteFocusedField()};
+    if (enabled)
+        m_shortcuts.enable(names);
+    else
+        m_shortcuts.disable(names);
 }
 
 void AppDelegate::createStorageAlerts(const std::optional<PresetStoreProblem>& presetProblem) {

@@ -91,6 +91,7 @@ private:
     void createFixPanel();
     void connectSelection();
     void createStatusItem();
+    void setGlobalShortcutEnabled(bool enabled);
     void attachGlobalShortcut();
     void observeWake();
     void showPanelAtFirstLaunch();

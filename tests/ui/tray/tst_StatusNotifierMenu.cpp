@@ -1,6 +1,5 @@
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
-#include "core/settings/UpdaterController.h"
 #include "platform/linux/NoOpAnnouncer.h"
 #include "support/FakeStatusNotifierWatcher.h"
 #include "support/FakeTransformer.h"
@@ -38,11 +37,12 @@ private Q_SLOTS:
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_transformer);
         m_shortcutLog.clear();
         m_presented = 0;
-        StatusItemController::Actions actions;
-        actions.presentPanelCentred = [this] { ++m_presented; };
-        actions.setShortcutEnabled = [this](bool enabled) { m_shortcutLog.append(enabled); };
-        m_controller = std::make_unique<StatusItemController>(*m_coordinator, *m_store, m_updater,
-                                                              m_announcer, std::move(actions));
+        m_controller =
+            std::make_unique<StatusItemController>(*m_coordinator, *m_store, m_announcer);
+        connect(&m_controller->model(), &StatusItemModel::panelRequested, this,
+                [this] { ++m_presented; });
+        connect(&m_controller->model(), &StatusItemModel::shortcutEnabledChanged, this,
+                [this](bool enabled) { m_shortcutLog.append(enabled); });
         m_controller->setExportedMenuBound(std::chrono::milliseconds(300));
         QTRY_VERIFY(!m_watcher->items.isEmpty());
         QTRY_VERIFY(m_controller->isMenuExported());
@@ -124,7 +124,6 @@ private:
     std::unique_ptr<PresetStore> m_store;
     std::unique_ptr<test::FakeTransformer> m_transformer;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
-    UpdaterController m_updater{QString(), QString()};
     NoOpAnnouncer m_announcer;
     std::unique_ptr<StatusItemController> m_controller;
     QList<bool> m_shortcutLog;
