@@ -197,11 +197,9 @@ void AppDelegate::attachGlobalShortcut() {
     connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, m_fixPanel.get(),
             &FixPanelController::refreshShortcutHint);
     // The controller queues the toggle, so the hot-key handler returns at once.
-    QPointer<AppDelegate> self(this);
-    m_hotKey = std::make_unique<HotKeyController>(m_shortcuts, [self] {
-        if (self)
-            self->togglePanel();
-    });
+    m_hotKey = std::make_unique<HotKeyController>(m_shortcuts);
+    connect(m_hotKey.get(), &HotKeyController::togglePanelRequested, this,
+            &AppDelegate::togglePanel);
 }
 
 ShortcutRecorderModel::MenuItemLookup AppDelegate::menuItemLookup() {
