@@ -91,17 +91,10 @@ void AppDelegate::launch() {
 }
 
 void AppDelegate::createFixPanel() {
-    QPointer<AppDelegate> self(this);
-    auto openPresets = [self] {
-        if (self)
-            self->openMainWindow(false);
-    };
-    Clipboard& clipboard = m_clipboard;
-    auto copyResult = [&clipboard](const QString& text) {
-        return copyToClipboard(clipboard, text);
-    };
     m_fixPanel = std::make_unique<FixPanelController>(
-        m_services.presets(), m_services.coordinator(), openPresets, copyResult, m_panelTraits);
+        m_services.presets(), m_services.coordinator(), m_clipboard, m_panelTraits);
+    connect(&m_fixPanel->model(), &FixPanelModel::presetsRequested, this,
+            [this] { openMainWindow(false); });
 }
 
 void AppDelegate::connectSelection() {

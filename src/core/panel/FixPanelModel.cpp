@@ -1,5 +1,6 @@
 #include "core/panel/FixPanelModel.h"
 
+#include "core/desktop/Clipboard.h"
 #include "core/presets/PresetStore.h"
 #include "core/support/UnicodeText.h"
 
@@ -18,9 +19,8 @@ bool sameText(const TextSnapshot& a, const TextSnapshot& b) {
 } // namespace
 
 FixPanelModel::FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator,
-                             OpenPresets openPresets, CopyResult copyResult, QObject* parent)
-    : QObject(parent), m_presets(presets), m_coordinator(coordinator),
-      m_openPresets(std::move(openPresets)), m_copyResult(std::move(copyResult)) {}
+                             Clipboard& clipboard, QObject* parent)
+    : QObject(parent), m_presets(presets), m_coordinator(coordinator), m_clipboard(clipboard) {}
 
 QString FixPanelModel::text() const {
     if (!m_textCache)
@@ -118,7 +118,7 @@ void FixPanelModel::finishRun(qint64 generation, const RewriteCoordinator::Resul
     if (result) {
         if (result->kind() == FixResult::Kind::fixed) {
             showProgrammatically(TextSnapshot(result->text()));
-            if (m_copyResult && m_copyResult(result->text()))
+            if (copyToClipboard(m_clipboard, result->text()))
                 setStage(PanelStage::copied());
             else
                 setStage(PanelStage::failure(
@@ -227,9 +227,8 @@ void FixPanelModel::setActivePresetID(const std::optional<QUuid>& id) {
     selectPreset(*id);
 }
 
-void FixPanelModel::openPresets() const {
-    if (m_openPresets)
-        m_openPresets();
+void FixPanelModel::openPresets() {
+    Q_EMIT presetsRequested();
 }
 
 } // namespace scrivel

@@ -12,6 +12,7 @@
 
 namespace scrivel {
 
+class Clipboard;
 class PresetStore;
 
 // The stage of the fix panel.
@@ -34,7 +35,8 @@ struct PanelStage {
 };
 
 // The state behind the floating panel: the text being edited, the stage of
-// the current run and the text as it was before the run. Runs are numbered;
+// the current run and the text as it was before the run. A changed text is
+// copied to the clipboard, concealed, as the run ends. Runs are numbered;
 // only the newest may change the text or the stage, so a superseded or
 // cancelled run that finishes late changes nothing. Main thread only.
 class FixPanelModel : public QObject {
@@ -46,11 +48,9 @@ class FixPanelModel : public QObject {
 
 public:
     using Stage = PanelStage;
-    using CopyResult = std::function<bool(const QString&)>;
-    using OpenPresets = std::function<void()>;
 
-    FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator, OpenPresets openPresets,
-                  CopyResult copyResult, QObject* parent = nullptr);
+    FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator, Clipboard& clipboard,
+                  QObject* parent = nullptr);
 
     QString text() const;
     // The text as a snapshot: cheap to compare and to follow while a reply
@@ -82,7 +82,8 @@ public:
     void selectPreset(const QUuid& id);
     std::optional<QUuid> activePresetID() const;
     void setActivePresetID(const std::optional<QUuid>& id);
-    void openPresets() const;
+    // "Open Presets…" after a key problem: presetsRequested.
+    void openPresets();
 
 Q_SIGNALS:
     void textChanged();
@@ -91,6 +92,8 @@ Q_SIGNALS:
     void presentationIDChanged();
     void showsShortcutHintChanged();
     void programmaticTextChanged();
+    // Open the main window on the presets.
+    void presetsRequested();
 
 private:
     void setTextSnapshot(const TextSnapshot& text);
@@ -104,8 +107,7 @@ private:
 
     PresetStore& m_presets;
     RewriteCoordinator& m_coordinator;
-    OpenPresets m_openPresets;
-    CopyResult m_copyResult;
+    Clipboard& m_clipboard;
 
     TextSnapshot m_text;
     mutable std::optional<QString> m_textCache;

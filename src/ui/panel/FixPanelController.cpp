@@ -29,11 +29,9 @@ QList<PanelScreen> currentScreens() {
 } // namespace
 
 FixPanelController::FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator,
-                                       FixPanelModel::OpenPresets openPresets,
-                                       FixPanelModel::CopyResult copyResult,
-                                       PanelWindowTraits traits, QObject* parent)
-    : QObject(parent), m_presets(presets),
-      m_model(presets, coordinator, std::move(openPresets), std::move(copyResult)),
+                                       Clipboard& clipboard, PanelWindowTraits traits,
+                                       QObject* parent)
+    : QObject(parent), m_presets(presets), m_model(presets, coordinator, clipboard),
       m_traits(std::move(traits)) {}
 
 FixPanelController::~FixPanelController() {

@@ -12,6 +12,7 @@
 
 namespace scrivel {
 
+class Clipboard;
 class FixPanelView;
 class PresetStore;
 class RewriteCoordinator;
@@ -36,8 +37,7 @@ class FixPanelController : public QObject {
     Q_OBJECT
 
 public:
-    FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator,
-                       FixPanelModel::OpenPresets openPresets, FixPanelModel::CopyResult copyResult,
+    FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator, Clipboard& clipboard,
                        PanelWindowTraits traits = {}, QObject* parent = nullptr);
     ~FixPanelController() override;
 

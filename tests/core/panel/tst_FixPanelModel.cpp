@@ -1,6 +1,7 @@
 #include "core/panel/FixPanelModel.h"
 #include "core/presets/PresetStore.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
 
 #include <QSignalSpy>
@@ -23,9 +24,15 @@ private:
     std::unique_ptr<PresetStore> m_presets;
     std::unique_ptr<FakeTransformer> m_fake;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
+    InMemoryClipboard m_clipboard;
     std::unique_ptr<FixPanelModel> m_model;
-    QStringList m_copied;
-    bool m_copySucceeds = true;
+
+    QStringList copied() const {
+        QStringList texts;
+        for (const ClipboardItem& item : m_clipboard.written)
+            texts << item.plainText;
+        return texts;
+    }
 
     // Runs on text and waits for the partial reply to replace it.
     void startRun(const QString& text, const QString& partial) {
@@ -49,14 +56,8 @@ private Q_SLOTS:
         m_presets->activate(m_presets->presets()[1].id); // "Make Concise": no edit validation
         m_fake = std::make_unique<FakeTransformer>();
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_fake);
-        m_copied.clear();
-        m_copySucceeds = true;
-        m_model = std::make_unique<FixPanelModel>(
-            *m_presets, *m_coordinator, [] {},
-            [this](const QString& text) {
-                m_copied << text;
-                return m_copySucceeds;
-            });
+        m_clipboard = InMemoryClipboard();
+        m_model = std::make_unique<FixPanelModel>(*m_presets, *m_coordinator, m_clipboard);
     }
 
     void runNeedsTextAPresetAndNoRunningJob() {
@@ -78,7 +79,7 @@ private Q_SLOTS:
 
         InMemorySettingsStore empty;
         PresetStore noPresets(empty);
-        FixPanelModel model(noPresets, *m_coordinator, {}, {});
+        FixPanelModel model(noPresets, *m_coordinator, m_clipboard);
         model.setText(QStringLiteral("text"));
         QVERIFY(!model.canRun());
     }
@@ -139,7 +140,7 @@ private Q_SLOTS:
         QFETCH(bool, copySucceeds);
         QFETCH(PanelStage, stage);
         QFETCH(QString, text);
-        m_copySucceeds = copySucceeds;
+        m_clipboard.failWrites = !copySucceeds;
         startRun(QStringLiteral("teh text"), QStringLiteral("the"));
         if (const QString* result = std::get_if<QString>(&reply))
             m_fake->complete(*result);
@@ -147,8 +148,11 @@ private Q_SLOTS:
             m_fake->fail(std::get<TransformFailure>(reply));
         QTRY_COMPARE(m_model->stage(), stage);
         QCOMPARE(m_model->text(), text);
-        const bool fixed = std::holds_alternative<QString>(reply) && text != "teh text";
-        QCOMPARE(m_copied, fixed ? QStringList{text} : QStringList());
+        const bool copies =
+            std::holds_alternative<QString>(reply) && text != "teh text" && copySucceeds;
+        QCOMPARE(copied(), copies ? QStringList{text} : QStringList());
+        if (copies)
+            QVERIFY(m_clipboard.written.first().concealed);
     }
 
     void cancelRestoresAndLaterNewsOfTheRunIsIgnored() {
@@ -171,7 +175,7 @@ private Q_SLOTS:
         m_fake->complete(QStringLiteral("SECOND"));
         QTRY_COMPARE(m_model->stage(), PanelStage::copied());
         QCOMPARE(m_model->text(), QStringLiteral("SECOND"));
-        QCOMPARE(m_copied, QStringList{QStringLiteral("SECOND")});
+        QCOMPARE(copied(), QStringList{QStringLiteral("SECOND")});
     }
 
     void revertOrAnEditLeavesTheResult() {

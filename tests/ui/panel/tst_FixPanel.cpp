@@ -1,6 +1,7 @@
 #include "core/panel/FixPanelControlsState.h"
 #include "core/presets/PresetStore.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
 #include "ui/panel/FixPanelController.h"
 #include "ui/panel/FixPanelControlsRow.h"
@@ -33,13 +34,9 @@ private Q_SLOTS:
         m_presets->activate(m_presets->presets()[1].id); // no edit validation
         m_fake = std::make_unique<FakeTransformer>();
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_fake);
-        m_copied.clear();
-        m_controller = std::make_unique<FixPanelController>(
-            *m_presets, *m_coordinator, [] {},
-            [this](const QString& text) {
-                m_copied << text;
-                return true;
-            });
+        m_clipboard = InMemoryClipboard();
+        m_controller =
+            std::make_unique<FixPanelController>(*m_presets, *m_coordinator, m_clipboard);
     }
 
     void cleanup() { m_controller.reset(); }
@@ -78,7 +75,8 @@ private Q_SLOTS:
         QVERIFY(button(QStringLiteral("Cancel"))->isVisible());
 
         m_fake->complete(QStringLiteral("The cat"));
-        QTRY_COMPARE(m_copied, QStringList{QStringLiteral("The cat")});
+        QTRY_COMPARE(m_clipboard.written.size(), 1);
+        QCOMPARE(m_clipboard.written.first().plainText, QStringLiteral("The cat"));
         QTRY_VERIFY(editor().isEnabled());
         QVERIFY(view().outcome()->isVisible());
         QCOMPARE(view().outcome()->status(), SettingsStatus::success(QStringLiteral(
@@ -280,8 +278,8 @@ private Q_SLOTS:
         QFETCH(bool, atPointer);
         PanelWindowTraits traits;
         traits.opensAtPointer = atPointer;
-        m_controller = std::make_unique<FixPanelController>(
-            *m_presets, *m_coordinator, [] {}, [](const QString&) { return true; }, traits);
+        m_controller =
+            std::make_unique<FixPanelController>(*m_presets, *m_coordinator, m_clipboard, traits);
         m_controller->presentCentered(std::nullopt);
         QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
         const QPoint centred = m_controller->panel()->pos();
@@ -314,8 +312,8 @@ private:
     std::unique_ptr<PresetStore> m_presets;
     std::unique_ptr<FakeTransformer> m_fake;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
+    InMemoryClipboard m_clipboard;
     std::unique_ptr<FixPanelController> m_controller;
-    QStringList m_copied;
 };
 
 QTEST_MAIN(FixPanelTest)
