@@ -84,7 +84,7 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     });
     addAction(exit);
 
-    connect(&m_model, &FixPanelModel::textChanged, this, &FixPanelView::onModelTextChanged);
+    connect(&m_model, &FixPanelModel::textReplaced, this, &FixPanelView::onModelTextReplaced);
     connect(&m_model, &FixPanelModel::stageChanged, this, &FixPanelView::applyState);
     connect(&m_model, &FixPanelModel::originalTextChanged, this, &FixPanelView::applyState);
     connect(&m_model, &FixPanelModel::showsShortcutHintChanged, this,
@@ -123,11 +123,7 @@ void FixPanelView::selectAllText() {
     m_editor->selectAll();
 }
 
-void FixPanelView::onModelTextChanged() {
-    // Every change of the text, the model's own included, goes back to it.
-    m_model.textDidChange();
-    if (m_applyingEditorText)
-        return;
+void FixPanelView::onModelTextReplaced() {
     m_textPending = true;
     if (!m_frameTimer.isActive()) {
         showModelText();
@@ -156,9 +152,7 @@ void FixPanelView::showModelText() {
 void FixPanelView::onEditorTextChanged() {
     if (m_applyingModelText)
         return;
-    m_applyingEditorText = true;
-    m_model.setText(m_editor->exactText());
-    m_applyingEditorText = false;
+    m_model.editText(m_editor->exactText());
     m_shownText = m_model.textSnapshot();
     m_editor->fitLinesTo(m_shownText.view());
     applyState();

@@ -49,7 +49,7 @@ public:
     const QList<QAction*>& presetKeys() const { return m_presetKeys; }
 
 private:
-    void onModelTextChanged();
+    void onModelTextReplaced();
     void showModelText();
     void onEditorTextChanged();
     void applyState();
@@ -72,8 +72,9 @@ private:
     QTimer m_frameTimer;
     bool m_textPending = false;
     TextSnapshot m_shownText;
+    // Set while the field is given the model's text: the field's own change
+    // signal is then not a user's edit.
     bool m_applyingModelText = false;
-    bool m_applyingEditorText = false;
 };
 
 } // namespace scrivel

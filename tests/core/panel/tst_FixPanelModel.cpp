@@ -86,11 +86,9 @@ private Q_SLOTS:
 
     void partialTextReplacesTheEditorText() {
         startRun(QStringLiteral("teh text"), QStringLiteral("the"));
-        m_model->textDidChange(); // the editor reports the model's own change
         QCOMPARE(m_model->stage(), PanelStage::working());
 
-        m_model->setText(QStringLiteral("user typing")); // overwritten by the next partial
-        m_model->textDidChange();
+        m_model->editText(QStringLiteral("user typing")); // overwritten by the next partial
         QCOMPARE(m_model->stage(), PanelStage::working());
         m_fake->last().writer.push(
             TransformStreamEvent::partial(TextSnapshot(QStringLiteral("the text"))));
@@ -180,19 +178,14 @@ private Q_SLOTS:
 
     void revertOrAnEditLeavesTheResult() {
         runToCopied(QStringLiteral("teh"), QStringLiteral("the"));
-        m_model->textDidChange(); // the result itself arriving in the editor
-        QCOMPARE(m_model->stage(), PanelStage::copied());
         m_model->revert();
         QCOMPARE(m_model->text(), QStringLiteral("teh"));
         QCOMPARE(m_model->stage(), PanelStage::input());
         QCOMPARE(m_model->originalText(), std::nullopt);
-        m_model->textDidChange(); // the restored text is the model's own change
-        QVERIFY(m_model->programmaticText());
 
         // An edit forgets the original: nothing to revert to.
         runToCopied(QStringLiteral("teh"), QStringLiteral("the"));
-        m_model->setText(QStringLiteral("the!"));
-        m_model->textDidChange();
+        m_model->editText(QStringLiteral("the!"));
         QCOMPARE(m_model->stage(), PanelStage::input());
         QCOMPARE(m_model->originalText(), std::nullopt);
         m_model->revert();
@@ -223,7 +216,6 @@ private Q_SLOTS:
         QCOMPARE(m_model->text(), QString());
         QCOMPARE(m_model->stage(), PanelStage::input());
         QCOMPARE(m_model->originalText(), std::nullopt);
-        QVERIFY(!m_model->programmaticText());
         QVERIFY(!m_model->showsShortcutHint());
         QVERIFY(m_fake->last().writer.isCancelled());
         m_fake->complete(QStringLiteral("late"));
@@ -233,6 +225,7 @@ private Q_SLOTS:
 
     void notificationsOnlyOnChange() {
         QSignalSpy text(m_model.get(), &FixPanelModel::textChanged);
+        QSignalSpy replaced(m_model.get(), &FixPanelModel::textReplaced);
         QSignalSpy stage(m_model.get(), &FixPanelModel::stageChanged);
         QSignalSpy hint(m_model.get(), &FixPanelModel::showsShortcutHintChanged);
         m_model->setText(QStringLiteral("a"));
@@ -240,6 +233,11 @@ private Q_SLOTS:
         m_model->setShowsShortcutHint(false);
         m_model->cancel(); // already input, no original
         QCOMPARE(text.count(), 1);
+        QCOMPARE(replaced.count(), 1);
+        // The user's edit is the field's own: it is not sent back.
+        m_model->editText(QStringLiteral("ab"));
+        QCOMPARE(text.count(), 2);
+        QCOMPARE(replaced.count(), 1);
         QCOMPARE(stage.count(), 0);
         QCOMPARE(hint.count(), 0);
         const QUuid before = m_model->presentationID();
