@@ -181,14 +181,14 @@ SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
 
 void AppDelegate::attachGlobalShortcut() {
     const ShortcutName& name = ShortcutName::rewriteFocusedField();
-    KeyboardShortcuts& shortcuts = m_shortcuts;
-    m_fixPanel->setShortcutHint([&shortcuts, name] {
-        return shortcutHintText(shortcuts.deliveryStatus(), shortcuts.displayText(name));
-    });
-    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, m_fixPanel.get(),
-            &FixPanelController::refreshShortcutHint);
-    connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, m_fixPanel.get(),
-            &FixPanelController::refreshShortcutHint);
+    // The panel's hint says how the shortcut reaches Scrivel now.
+    const auto showShortcutHint = [this, name] {
+        m_fixPanel->setShortcutHint(
+            shortcutHintText(m_shortcuts.deliveryStatus(), m_shortcuts.displayText(name)));
+    };
+    showShortcutHint();
+    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, this, showShortcutHint);
+    connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, this, showShortcutHint);
     // The controller queues the toggle, so the hot-key handler returns at once.
     m_hotKey = std::make_unique<HotKeyController>(m_shortcuts);
     connect(m_hotKey.get(), &HotKeyController::togglePanelRequested, this,

@@ -47,9 +47,9 @@ public:
     FixPanelView* view() const { return m_view; }
     bool isPanelVisible() const;
 
-    // Where the hint reads its sentence about the global shortcut.
-    void setShortcutHint(FixPanelView::ShortcutHint shortcutHint);
-    void refreshShortcutHint();
+    // The hint's sentence about the global shortcut, or nothing; set again
+    // whenever the shortcut or the way it is delivered changes.
+    void setShortcutHint(const std::optional<QString>& shortcutHint);
 
     void present(const QPoint& globalPoint);
     void presentCentered(const std::optional<QString>& sampleText);
@@ -78,13 +78,13 @@ Q_SIGNALS:
 
 private:
     void ensurePanel();
-    void resignKey();
+    void panelDeactivated();
     void resetAndHide();
 
     PresetStore& m_presets;
     FixPanelModel m_model;
     PanelWindowTraits m_traits;
-    FixPanelView::ShortcutHint m_shortcutHint;
+    std::optional<QString> m_shortcutHint;
     QPointer<FixPanelWindow> m_panel;
     FixPanelView* m_view = nullptr;
     bool m_handingBack = false;

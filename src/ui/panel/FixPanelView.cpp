@@ -24,10 +24,9 @@ constexpr int spacing = 8;
 constexpr int frameInterval = 16; // ms, about one display frame
 } // namespace
 
-FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
-                           QWidget* parent)
-    : QWidget(parent), m_model(model), m_presets(presets), m_onExit(std::move(onExit)),
-      m_editor(new PanelTextEditor(this)), m_outcome(new SettingsStatusLabel(this)),
+FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, QWidget* parent)
+    : QWidget(parent), m_model(model), m_presets(presets), m_editor(new PanelTextEditor(this)),
+      m_outcome(new SettingsStatusLabel(this)),
       m_controls(new FixPanelControlsRow(model, presets, this)), m_hint(new QLabel(this)) {
     setFixedWidth(panelWidth);
 
@@ -65,7 +64,7 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     m_hint->setPalette(secondary);
     layout->addWidget(m_hint);
 
-    m_editor->setOnSubmit([this] { m_model.run(); });
+    connect(m_editor, &PanelTextEditor::submitted, &m_model, &FixPanelModel::run);
     connect(m_editor, &QPlainTextEdit::textChanged, this, &FixPanelView::onEditorTextChanged);
 
     m_frameTimer.setSingleShot(true);
@@ -78,10 +77,7 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     auto* exit = new QAction(this);
     exit->setShortcut(Qt::Key_Escape);
     exit->setShortcutContext(Qt::WindowShortcut);
-    connect(exit, &QAction::triggered, this, [this] {
-        if (m_onExit)
-            m_onExit();
-    });
+    connect(exit, &QAction::triggered, this, &FixPanelView::exitRequested);
     addAction(exit);
 
     connect(&m_model, &FixPanelModel::textReplaced, this, &FixPanelView::onModelTextReplaced);
@@ -101,14 +97,13 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     refreshShortcutHint();
 }
 
-void FixPanelView::setShortcutHint(ShortcutHint shortcutHint) {
-    m_shortcutHint = std::move(shortcutHint);
+void FixPanelView::setShortcutHint(const std::optional<QString>& shortcutHint) {
+    m_shortcutHint = shortcutHint;
     refreshShortcutHint();
 }
 
 void FixPanelView::refreshShortcutHint() {
-    const std::optional<QString> hint =
-        m_model.showsShortcutHint() && m_shortcutHint ? m_shortcutHint() : std::nullopt;
+    const std::optional<QString> hint = m_model.showsShortcutHint() ? m_shortcutHint : std::nullopt;
     m_hint->setText(hint.value_or(QString()));
     m_hint->setVisible(hint.has_value());
 }

@@ -6,7 +6,6 @@
 #include <QList>
 #include <QTimer>
 #include <QWidget>
-#include <functional>
 #include <optional>
 
 class QAction;
@@ -22,21 +21,16 @@ class SettingsStatusLabel;
 
 // The panel's content: the text field with its icon, a divider, the outcome
 // of the last run, the controls row and the shortcut hint. It shows the model
-// and forwards what the user does to it.
+// and forwards what the user does to it; Escape is left to its owner
+// (exitRequested).
 class FixPanelView : public QWidget {
     Q_OBJECT
 
 public:
+    FixPanelView(FixPanelModel& model, PresetStore& presets, QWidget* parent = nullptr);
+
     // The hint's sentence about the global shortcut, or nothing.
-    using ShortcutHint = std::function<std::optional<QString>()>;
-
-    FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
-                 QWidget* parent = nullptr);
-
-    // Where the hint reads its sentence.
-    void setShortcutHint(ShortcutHint shortcutHint);
-    // Call when the global shortcut changes.
-    void refreshShortcutHint();
+    void setShortcutHint(const std::optional<QString>& shortcutHint);
     // Shows the model's newest text at once instead of at the next frame.
     void flushText();
     // Selects the whole text, so that typing or pasting replaces it.
@@ -48,7 +42,12 @@ public:
     QLabel* hint() const { return m_hint; }
     const QList<QAction*>& presetKeys() const { return m_presetKeys; }
 
+Q_SIGNALS:
+    // Escape: cancel a run, or else hide the panel.
+    void exitRequested();
+
 private:
+    void refreshShortcutHint();
     void onModelTextReplaced();
     void showModelText();
     void onEditorTextChanged();
@@ -58,8 +57,7 @@ private:
 
     FixPanelModel& m_model;
     PresetStore& m_presets;
-    std::function<void()> m_onExit;
-    ShortcutHint m_shortcutHint;
+    std::optional<QString> m_shortcutHint;
 
     PanelTextEditor* m_editor;
     SettingsStatusLabel* m_outcome;

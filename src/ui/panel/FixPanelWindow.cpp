@@ -26,8 +26,8 @@ void FixPanelWindow::setContent(QWidget* content) {
 }
 
 bool FixPanelWindow::event(QEvent* event) {
-    if (event->type() == QEvent::WindowDeactivate && isVisible() && m_onResignKey)
-        m_onResignKey();
+    if (event->type() == QEvent::WindowDeactivate && isVisible())
+        Q_EMIT deactivated();
     return QWidget::event(event);
 }
 

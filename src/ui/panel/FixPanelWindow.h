@@ -1,13 +1,12 @@
 #pragma once
 
 #include <QWidget>
-#include <functional>
 
 namespace scrivel {
 
 // The floating panel's window: frameless, above other windows, kept out of
-// the taskbar and window cycling, with a rounded background. Escape and the
-// loss of focus are handed to its owner. Dragging the background moves it.
+// the taskbar and window cycling, with a rounded background. The loss of
+// focus is reported (deactivated). Dragging the background moves it.
 class FixPanelWindow : public QWidget {
     Q_OBJECT
 
@@ -17,11 +16,12 @@ public:
     explicit FixPanelWindow(bool composited, QWidget* parent = nullptr);
 
     void setContent(QWidget* content);
-    void setOnResignKey(std::function<void()> onResignKey) {
-        m_onResignKey = std::move(onResignKey);
-    }
 
     static constexpr int cornerRadius = 14;
+
+Q_SIGNALS:
+    // The visible panel lost the keyboard focus to another window.
+    void deactivated();
 
 protected:
     bool event(QEvent* event) override;
@@ -32,7 +32,6 @@ protected:
 
 private:
     bool m_composited;
-    std::function<void()> m_onResignKey;
     QPoint m_dragOffset;
     bool m_dragging = false;
 };
