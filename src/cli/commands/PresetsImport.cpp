@@ -34,7 +34,6 @@ int importPack(Invocation& call) {
     }
     if (!call.session.saved(*store))
         return otherFailure;
-    PresetTransferNotifier::instance().postDidImport(imported->affectedIDs);
     write(stdout, QStringLiteral("Imported %1: %2 added, %3 replaced.\n")
                       .arg(presetCount(imported->added + imported->replaced))
                       .arg(imported->added)

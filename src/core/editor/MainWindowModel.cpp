@@ -32,13 +32,6 @@ void MainWindowModel::prepareSelection(bool showSettings) {
     setSelection(active ? std::optional(MainSidebarItem::preset(active->id)) : std::nullopt);
 }
 
-void MainWindowModel::setShowingPackPicker(bool showing) {
-    if (showing == m_isShowingPackPicker)
-        return;
-    m_isShowingPackPicker = showing;
-    Q_EMIT isShowingPackPickerChanged();
-}
-
 QUuid MainWindowModel::addPreset() {
     // The store falls back to the active preset, then to the first built-in.
     const Preset preset = m_store.newPresetTemplate(selectedPreset());

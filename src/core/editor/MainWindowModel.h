@@ -12,9 +12,9 @@ namespace scrivel {
 
 class PresetStore;
 
-// The state of the main window: what the sidebar has selected, the pack
-// picker, and the pending deletion, with the sidebar's rules for adding,
-// deleting and following imports.
+// The state of the main window: what the sidebar has selected and the
+// pending deletion, with the sidebar's rules for adding, deleting and
+// following imports.
 class MainWindowModel : public QObject {
     Q_OBJECT
 
@@ -31,9 +31,6 @@ public:
     // Before the window is shown: the settings entry, or the selected preset
     // when it still exists and otherwise the active one.
     void prepareSelection(bool showSettings);
-
-    bool isShowingPackPicker() const { return m_isShowingPackPicker; }
-    void setShowingPackPicker(bool showing);
 
     // Appends a copy of the selected preset (or of the active one when no
     // preset is selected) and selects it.
@@ -71,13 +68,11 @@ public:
 
 Q_SIGNALS:
     void selectionChanged();
-    void isShowingPackPickerChanged();
     void deleteConfirmationChanged();
 
 private:
     PresetStore& m_store;
     std::optional<MainSidebarItem> m_selection;
-    bool m_isShowingPackPicker = false;
     std::optional<Preset> m_pendingDeletion;
 };
 

@@ -1,10 +1,8 @@
 #pragma once
 
 #include "ui/editor/MainWindowServices.h"
-#include "ui/editor/PresetPackPickerDialog.h"
 
 #include <QMainWindow>
-#include <QPointer>
 #include <QUuid>
 #include <memory>
 
@@ -35,7 +33,6 @@ public:
     PresetEditorView* editorView() const { return m_editorView; }
     PresetEditorModel* editorModel() const { return m_editorModel.get(); }
     QWidget* detail() const { return m_detailWidget; }
-    PresetPackPickerDialog* packPicker() const { return m_packPicker; }
 
     // Restores the remembered frame, or centres the window at its initial
     // size when there is none.
@@ -48,8 +45,6 @@ Q_SIGNALS:
     void exportAllRequested();
     void exportRequested(const QUuid& id);
     void addFromPackRequested();
-    // A pack was chosen in the picker.
-    void packChosen(const scrivel::PresetPackDocument& pack);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -58,7 +53,6 @@ private:
     void buildMenus();
     void showDetail();
     void showDeleteConfirmation();
-    void showPackPicker();
     void refreshActiveState();
 
     MainWindowModel& m_model;
@@ -71,7 +65,6 @@ private:
     std::unique_ptr<PresetEditorModel> m_editorModel;
     std::optional<QUuid> m_editedPresetID;
     Future<std::optional<UnavailableReason>> m_onDeviceStatus;
-    QPointer<PresetPackPickerDialog> m_packPicker;
     QMenu* m_editMenu = nullptr;
 };
 

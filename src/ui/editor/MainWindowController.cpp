@@ -3,6 +3,7 @@
 #include "core/editor/MainWindowModel.h"
 #include "core/presets/PresetStore.h"
 #include "core/presets/PresetTransfer.h"
+#include "core/presets/ShippedPacks.h"
 #include "ui/editor/FileDialogTransferUI.h"
 #include "ui/editor/MainWindow.h"
 
@@ -10,10 +11,7 @@ namespace scrivel {
 
 MainWindowController::MainWindowController(MainWindowServices services, QObject* parent)
     : QObject(parent), m_services(std::move(services)),
-      m_model(std::make_unique<MainWindowModel>(*m_services.store)) {
-    connect(&PresetTransferNotifier::instance(), &PresetTransferNotifier::didImport, this,
-            [this](std::optional<QUuid> firstAffectedID) { m_model->didImport(firstAffectedID); });
-}
+      m_model(std::make_unique<MainWindowModel>(*m_services.store)) {}
 
 MainWindowController::~MainWindowController() {
     if (m_window) {
@@ -39,10 +37,6 @@ void MainWindowController::present(bool selectSettings) {
                 [this](const QUuid& id) { exportPresets(QSet<QUuid>{id}); });
         connect(m_window, &MainWindow::addFromPackRequested, this,
                 &MainWindowController::addFromPack);
-        connect(m_window, &MainWindow::packChosen, this, [this](const PresetPackDocument& pack) {
-            FileDialogTransferUI ui(m_window);
-            PresetTransfer::addShippedPack(*m_services.store, pack, ui);
-        });
         MainWindow* window = m_window;
         connect(m_window, &QObject::destroyed, this,
                 [this, window] { Q_EMIT windowClosed(window); });
@@ -64,7 +58,7 @@ void MainWindowController::showSettings() {
 void MainWindowController::importPresets() {
     present(false);
     FileDialogTransferUI ui(m_window);
-    PresetTransfer::importFromFile(*m_services.store, ui);
+    m_model->didImport(PresetTransfer::importFromFile(*m_services.store, ui));
 }
 
 void MainWindowController::exportPresets() {
@@ -81,7 +75,20 @@ void MainWindowController::exportPresets(const QSet<QUuid>& ids) {
 
 void MainWindowController::addFromPack() {
     present(false);
-    m_model->setShowingPackPicker(true);
+    if (m_packPicker)
+        return;
+    const QList<PresetPackDocument> packs = m_services.packs ? m_services.packs() : shippedPacks();
+    m_packPicker = new PresetPackPickerDialog(packs, m_window);
+    m_packPicker->setAttribute(Qt::WA_DeleteOnClose);
+    m_packPicker->setWindowModality(Qt::WindowModal);
+    connect(m_packPicker, &PresetPackPickerDialog::addRequested, this,
+            [this](const PresetPackDocument& pack) {
+                FileDialogTransferUI ui(m_window);
+                m_model->didImport(PresetTransfer::addShippedPack(*m_services.store, pack, ui));
+                if (m_packPicker)
+                    m_packPicker->accept();
+            });
+    m_packPicker->open();
 }
 
 } // namespace scrivel

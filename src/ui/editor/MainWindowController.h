@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/editor/MainWindowServices.h"
+#include "ui/editor/PresetPackPickerDialog.h"
 
 #include <QObject>
 #include <QPointer>
@@ -15,7 +16,8 @@ namespace scrivel {
 class MainWindow;
 class MainWindowModel;
 
-// Presents the one main window and runs the pack flows for it. The
+// Presents the one main window and runs the pack flows for it, opening their
+// dialogs (files, the pack picker) over the window. The
 // application's menus, the tray and the panel all open the window through
 // present(); the window tracker hears of it through windowShown and
 // windowClosed.
@@ -40,6 +42,8 @@ public:
 
     MainWindow* window() const;
     MainWindowModel& model() const { return *m_model; }
+    // The pack picker while it is open.
+    PresetPackPickerDialog* packPicker() const { return m_packPicker; }
 
 Q_SIGNALS:
     // The window was shown (made or brought to the front) and closed.
@@ -50,6 +54,7 @@ private:
     MainWindowServices m_services;
     std::unique_ptr<MainWindowModel> m_model;
     QPointer<MainWindow> m_window;
+    QPointer<PresetPackPickerDialog> m_packPicker;
 };
 
 } // namespace scrivel
