@@ -108,10 +108,7 @@ void KeyboardShortcuts::enable(const QList<Name>& names) {
 }
 
 void KeyboardShortcuts::setRecorderActive(bool active) {
-    if (m_recorderActive == active)
-        return;
     m_recorderActive = active;
-    Q_EMIT recorderActiveChanged(active);
 }
 
 void KeyboardShortcuts::registerShortcut(const Shortcut& shortcut) {

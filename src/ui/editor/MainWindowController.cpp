@@ -37,9 +37,6 @@ void MainWindowController::present(bool selectSettings) {
                 [this](const QUuid& id) { exportPresets(QSet<QUuid>{id}); });
         connect(m_window, &MainWindow::addFromPackRequested, this,
                 &MainWindowController::addFromPack);
-        MainWindow* window = m_window;
-        connect(m_window, &QObject::destroyed, this,
-                [this, window] { Q_EMIT windowClosed(window); });
         m_window->restoreFrame();
     }
     if (m_window->isMinimized())

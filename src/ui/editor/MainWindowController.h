@@ -17,10 +17,9 @@ class MainWindow;
 class MainWindowModel;
 
 // Presents the one main window and runs the pack flows for it, opening their
-// dialogs (files, the pack picker) over the window. The
-// application's menus, the tray and the panel all open the window through
-// present(); the window tracker hears of it through windowShown and
-// windowClosed.
+// dialogs (files, the pack picker) over the window. The application's menus,
+// the tray and the panel all open the window through present(); windowShown
+// tells the app (which tracks the window until it closes).
 class MainWindowController : public QObject {
     Q_OBJECT
 
@@ -46,9 +45,8 @@ public:
     PresetPackPickerDialog* packPicker() const { return m_packPicker; }
 
 Q_SIGNALS:
-    // The window was shown (made or brought to the front) and closed.
+    // The window was shown (made or brought to the front).
     void windowShown(QWidget* window);
-    void windowClosed(QWidget* window);
 
 private:
     MainWindowServices m_services;
