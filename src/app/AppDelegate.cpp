@@ -4,7 +4,8 @@
 #include "core/desktop/Clipboard.h"
 #include "core/desktop/WakeObserver.h"
 #include "core/panel/FixPanelControlsState.h"
-#include "core/windows/ConventionalWindowCoordinator.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/APIKeyStore.h"
 #include "core/windows/WindowSession.h"
 #include "platform/linux/DBusStatusItemExport.h"
 #include "platform/linux/LinuxServices.h"
@@ -22,9 +23,9 @@
 
 namespace scrivel {
 
-AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
-                         HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent)
-    : QObject(parent), m_services(services), m_clipboard(clipboard), m_wakeObserver(wakeObserver),
+AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, HotKeyService& hotKeys,
+                         PanelWindowTraits panelTraits, QObject* parent)
+    : QObject(parent), m_services(services), m_clipboard(clipboard),
       m_panelTraits(std::move(panelTraits)), m_shortcuts(services.settings(), hotKeys),
       m_announcer(std::make_unique<NoOpAnnouncer>()) {
     // The recorder where keys are grabbed; elsewhere what the desktop offers.
@@ -53,11 +54,10 @@ AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObse
     m_mainWindow = std::make_unique<MainWindowController>(std::move(windowServices));
     // The main window is the one conventional window: while it is open Scrivel
     // is an ordinary app.
-    connect(m_mainWindow.get(), &MainWindowController::windowShown, this, [](QWidget* window) {
-        ConventionalWindowCoordinator& coordinator = ConventionalWindowCoordinator::shared();
+    connect(m_mainWindow.get(), &MainWindowController::windowShown, this, [this](QWidget* window) {
         if (!window->findChild<WindowSession*>(QString(), Qt::FindDirectChildrenOnly))
-            new WindowSession(window, coordinator);
-        coordinator.track(window);
+            new WindowSession(window, m_windows);
+        m_windows.track(window);
     });
 }
 
@@ -79,12 +79,9 @@ void AppDelegate::launch() {
     // Linux has no update framework: this makes no controller even in a
     // build configured for updates.
     m_updater.startIfConfigured();
-    attachGlobalShortcut();
-    // Every change of a preset (made in the main window, or an import) may
-    // have changed the active preset, which is prepared again.
-    connect(&m_services.presets(), &PresetStore::presetsChanged, this,
-            &AppDelegate::prewarmActivePreset, Qt::QueuedConnection);
-    observeWake();
+    showShortcutHint();
+    connectRun();
+    followChanges();
     prewarmActivePreset();
     showPanelAtFirstLaunch();
     Q_EMIT launched();
@@ -124,14 +121,6 @@ void AppDelegate::createStatusItem() {
     connect(&tray, &StatusItemModel::settingsRequested, this, [this] { openMainWindow(true); });
     connect(&tray, &StatusItemModel::shortcutEnabledChanged, this,
             &AppDelegate::setGlobalShortcutEnabled);
-    // The coordinator reports from inside a run; the tray shows each state on
-    // the next turn of the event loop, in the order reported.
-    connect(&m_services.coordinator(), &RewriteCoordinator::operationStateChanged, &tray,
-            &StatusItemModel::applyState, Qt::QueuedConnection);
-    // The tray follows the presets itself; a new or removed API key changes
-    // readiness too.
-    connect(&m_services.keys(), &APIKeyStore::keyChanged, &tray,
-            &StatusItemModel::refreshReadiness);
     // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
     // its tooltip to no one else.
     m_statusItemExport = std::make_unique<DBusStatusItemExport>(tray);
@@ -179,31 +168,55 @@ SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
                             m_selectionPreferences.get(), parent);
 }
 
-void AppDelegate::attachGlobalShortcut() {
-    const ShortcutName& name = ShortcutName::rewriteFocusedField();
+void AppDelegate::showShortcutHint() {
     // The panel's hint says how the shortcut reaches Scrivel now.
-    const auto showShortcutHint = [this, name] {
+    const auto show = [this] {
         m_fixPanel->setShortcutHint(
-            shortcutHintText(m_shortcuts.deliveryStatus(), m_shortcuts.displayText(name)));
+            shortcutHintText(m_shortcuts.deliveryStatus(),
+                             m_shortcuts.displayText(ShortcutName::rewriteFocusedField())));
     };
-    showShortcutHint();
-    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, this, showShortcutHint);
-    connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, this, showShortcutHint);
-    // The controller queues the toggle, so the hot-key handler returns at once.
+    show();
+    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, this, show);
+    connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, this, show);
+}
+
+// One run, from the shortcut to the tray:
+//  1. The shortcut's release: HotKeyController::togglePanelRequested (queued,
+//     so the hot-key handler returns at once) → togglePanel(), which shows
+//     the panel at the pointer with the focused window's selection.
+//  2. Return in the panel: PanelTextEditor::submitted → FixPanelModel::run
+//     (FixPanelView), which calls RewriteCoordinator::rewrite and shows the
+//     reply as it streams in.
+//  3. A changed result: FixPanelModel copies it to the Clipboard it was
+//     given (its success decides the panel's stage); SelectionHandoff may
+//     paste it back into the window the user left (connectSelection()).
+//  4. The run's states: RewriteCoordinator::operationStateChanged →
+//     StatusItemModel::applyState, the tray's look and status line.
+void AppDelegate::connectRun() {
     m_hotKey = std::make_unique<HotKeyController>(m_shortcuts);
     connect(m_hotKey.get(), &HotKeyController::togglePanelRequested, this,
             &AppDelegate::togglePanel);
+    // The coordinator reports from inside a run; the tray shows each state on
+    // the next turn of the event loop, in the order reported.
+    connect(&m_services.coordinator(), &RewriteCoordinator::operationStateChanged,
+            &m_statusItem->model(), &StatusItemModel::applyState, Qt::QueuedConnection);
+}
+
+// Changes made anywhere (the main window, an import, the panel's or the
+// tray's preset choice) and the wake from sleep: the active preset is
+// prepared again and the tray reads its readiness again. The tray follows
+// the preset store itself; an API key is the key store's news.
+void AppDelegate::followChanges() {
+    connect(&m_services.presets(), &PresetStore::presetsChanged, this,
+            &AppDelegate::prewarmActivePreset, Qt::QueuedConnection);
+    connect(&m_services.wake(), &WakeObserver::didWake, this, &AppDelegate::prewarmActivePreset,
+            Qt::QueuedConnection);
+    connect(&m_services.keys(), &APIKeyStore::keyChanged, &m_statusItem->model(),
+            &StatusItemModel::refreshReadiness);
 }
 
 ShortcutRecorderModel::MenuItemLookup AppDelegate::menuItemLookup() {
     return &ShortcutActionBinding::applicationMenuItemUsing;
-}
-
-void AppDelegate::observeWake() {
-    if (!m_wakeObserver)
-        return;
-    connect(m_wakeObserver, &WakeObserver::didWake, this, &AppDelegate::prewarmActivePreset,
-            Qt::QueuedConnection);
 }
 
 void AppDelegate::prewarmActivePreset() {
@@ -237,10 +250,6 @@ void AppDelegate::activate() {
 }
 
 void AppDelegate::openMainWindow(bool selectSettings) {
-    if (m_openMainWindow) {
-        m_openMainWindow(selectSettings);
-        return;
-    }
     m_mainWindow->present(selectSettings);
 }
 

@@ -74,8 +74,7 @@ void AppDelegateTest::cleanup() {
 }
 
 PresetEditorModel& AppDelegateTest::launchAndEdit() {
-    m_app = std::make_unique<AppDelegate>(*m_services, m_clipboard, nullptr, m_hotKeys,
-                                          PanelWindowTraits{});
+    m_app = std::make_unique<AppDelegate>(*m_services, m_clipboard, m_hotKeys, PanelWindowTraits{});
     QSignalSpy launched(m_app.get(), &AppDelegate::launched);
     m_app->applicationDidFinishLaunching();
     [&] { QVERIFY(launched.wait()); }();
