@@ -57,7 +57,6 @@ public:
     const QString& statusLine() const { return m_notice.isEmpty() ? m_statusLine : m_notice; }
     bool isWorking() const { return m_isWorking; }
     bool isMenuOpen() const { return m_isMenuOpen; }
-    bool hasPendingPresentation() const { return bool(m_pendingPresentation); }
     // Every preset in store order, the active one checked.
     QList<PresetMenuItem> presetMenu() const;
 

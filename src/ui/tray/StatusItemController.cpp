@@ -130,10 +130,6 @@ StatusItemController::~StatusItemController() {
     delete m_menu;
 }
 
-void StatusItemController::setTrayCheckInterval(std::chrono::milliseconds interval) {
-    m_trayCheck.setInterval(interval);
-}
-
 void StatusItemController::setExportedMenuBound(std::chrono::milliseconds bound) {
     m_exportedMenuBound.setInterval(bound);
 }

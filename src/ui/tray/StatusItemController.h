@@ -40,9 +40,6 @@ public:
     QMenu& menu() { return *m_menu; }
     // "Open Panel", which shows the global shortcut that does the same.
     QAction* openPanelAction() const { return m_openPanelItem; }
-
-    // How often to look for a tray while there is none.
-    void setTrayCheckInterval(std::chrono::milliseconds interval);
     // How long a menu shown by the tray host over D-Bus counts as open when
     // the host never says it closed.
     void setExportedMenuBound(std::chrono::milliseconds bound);
