@@ -3,6 +3,7 @@
 #include "support/FakeTransformer.h"
 #include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
+#include "support/TestSupport.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -168,7 +169,7 @@ private Q_SLOTS:
         first.push(TransformStreamEvent::partial(TextSnapshot(QStringLiteral("late"))));
         first.push(TransformStreamEvent::completed(QStringLiteral("FIRST")));
         first.finish();
-        QTest::qWait(20);
+        test::deliverPostedEvents();
         QCOMPARE(m_model->text(), QStringLiteral("second"));
         m_fake->complete(QStringLiteral("SECOND"));
         QTRY_COMPARE(m_model->stage(), PanelStage::copied());
@@ -197,7 +198,7 @@ private Q_SLOTS:
         m_model->setActivePresetID(active); // same: nothing, not even a prewarm
         m_model->setActivePresetID(std::nullopt);
         m_model->setActivePresetID(QUuid::createUuid());
-        QTest::qWait(5);
+        test::deliverPostedEvents(); // a prewarm is queued
         QVERIFY(m_fake->prewarmed.isEmpty());
         QCOMPARE(m_model->activePresetID(), active);
 
@@ -219,7 +220,7 @@ private Q_SLOTS:
         QVERIFY(!m_model->showsShortcutHint());
         QVERIFY(m_fake->last().writer.isCancelled());
         m_fake->complete(QStringLiteral("late"));
-        QTest::qWait(10);
+        test::deliverPostedEvents();
         QCOMPARE(m_model->text(), QString());
     }
 
