@@ -252,7 +252,7 @@ void PresetEditorModelTest::baseURLEditKeepsAModelTheNewListHolds() {
     else if (answer == 2)
         m_loads.last().promise.resolve(std::unexpected(
             ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::network)));
-    QTest::qWait(settleMs);
+    test::deliverPostedEvents();
     QCOMPARE(model->draft().model, kept);
     QTRY_COMPARE_WITH_TIMEOUT(m_store->preset(preset.id)->model, kept, settleMs);
     QCOMPARE(m_store->preset(preset.id)->customBaseURL, localURL);
@@ -470,8 +470,7 @@ void PresetEditorModelTest::testWaitsForAPendingKeyRemoval() {
     model->setAPIKey(QString());
     model->runTest();
     QTRY_COMPARE(m_keys.operations(Op::remove).size(), 1);
-    QTest::qWait(settleMs);
-    QVERIFY(m_tests.isEmpty());
+    QVERIFY(!QTest::qWaitFor([&] { return !m_tests.isEmpty(); }, settleMs));
     QVERIFY(model->isTesting());
     m_keys.releaseHeld();
     QTRY_COMPARE(m_tests.size(), 1);
