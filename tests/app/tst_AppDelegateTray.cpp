@@ -32,7 +32,7 @@ QTemporaryDir& home() {
 // real stores and pipeline over a throw-away home, the tray and the windows
 // offscreen. What one piece does for another is checked here, where the
 // wiring lives.
-class AppDelegateTest : public QObject {
+class AppDelegateTrayTest : public QObject {
     Q_OBJECT
 
 public:
@@ -60,7 +60,7 @@ private:
 };
 
 // Each case starts as a first launch: no settings, no keys.
-void AppDelegateTest::init() {
+void AppDelegateTrayTest::init() {
     QSettings(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("Scrivel"),
               QStringLiteral("Scrivel"))
         .clear();
@@ -68,12 +68,12 @@ void AppDelegateTest::init() {
     m_services = std::make_unique<LinuxServices>();
 }
 
-void AppDelegateTest::cleanup() {
+void AppDelegateTrayTest::cleanup() {
     m_app.reset();
     m_services.reset();
 }
 
-PresetEditorModel& AppDelegateTest::launchAndEdit() {
+PresetEditorModel& AppDelegateTrayTest::launchAndEdit() {
     m_app = std::make_unique<AppDelegate>(*m_services, m_clipboard, m_hotKeys, PanelWindowTraits{});
     QSignalSpy launched(m_app.get(), &AppDelegate::launched);
     m_app->applicationDidFinishLaunching();
@@ -82,14 +82,14 @@ PresetEditorModel& AppDelegateTest::launchAndEdit() {
     return *m_app->mainWindow().window()->editorModel();
 }
 
-void AppDelegateTest::renamingInTheMainWindowReachesTheTray() {
+void AppDelegateTrayTest::renamingInTheMainWindowReachesTheTray() {
     PresetEditorModel& editor = launchAndEdit();
     QTRY_COMPARE(tray().statusLine(), QStringLiteral("Status: Fix · Add API key"));
     editor.setName(QStringLiteral("Proofread"));
     QTRY_COMPARE(tray().statusLine(), QStringLiteral("Status: Proofread · Add API key"));
 }
 
-void AppDelegateTest::reKeyingInTheMainWindowReachesTheTray() {
+void AppDelegateTrayTest::reKeyingInTheMainWindowReachesTheTray() {
     const QString account =
         credentialAccount(*resolveEndpoint(builtInCloudProviderID(), std::nullopt));
     QVERIFY(test::waitFor(m_services->keys().saveKey(QStringLiteral("gsk-old"), account))
@@ -112,5 +112,5 @@ void AppDelegateTest::reKeyingInTheMainWindowReachesTheTray() {
     QTRY_COMPARE(tray().toolTip(), QStringLiteral("Scrivel"));
 }
 
-QTEST_MAIN(AppDelegateTest)
-#include "tst_AppDelegate.moc"
+QTEST_MAIN(AppDelegateTrayTest)
+#include "tst_AppDelegateTray.moc"
