@@ -8,6 +8,7 @@
 
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
+#include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
 #include "ui/panel/FixPanelController.h"
 #include "ui/panel/FixPanelView.h"
@@ -96,7 +97,8 @@ Result runOnce(qsizetype bytes, int events) {
     transformer.reply = replyText(bytes);
     transformer.events = events;
     RewriteCoordinator coordinator(transformer);
-    FixPanelController panel(presets, coordinator, {}, [](const QString&) { return true; });
+    InMemoryClipboard clipboard;
+    FixPanelController panel(presets, coordinator, clipboard);
     panel.present(QPoint(100, 100));
     panel.model().setText(QStringLiteral("input"));
     QCoreApplication::processEvents();

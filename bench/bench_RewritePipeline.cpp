@@ -8,6 +8,7 @@
 #include "core/panel/FixPanelModel.h"
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
+#include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
 
 #include <QCoreApplication>
@@ -62,11 +63,8 @@ double runOnce(qsizetype bytes, int events) {
     transformer.bytes = bytes;
     transformer.events = events;
     RewriteCoordinator coordinator(transformer);
-    int copies = 0;
-    FixPanelModel model(presets, coordinator, {}, [&](const QString&) {
-        ++copies;
-        return true;
-    });
+    InMemoryClipboard clipboard;
+    FixPanelModel model(presets, coordinator, clipboard);
     model.setText(QStringLiteral("input"));
 
     QElapsedTimer timer;
@@ -75,7 +73,7 @@ double runOnce(qsizetype bytes, int events) {
     while (model.stage().kind == PanelStage::Kind::working)
         QCoreApplication::processEvents(QEventLoop::AllEvents);
     const double ms = double(timer.nsecsElapsed()) / 1e6;
-    if (copies != 1 || model.text().size() != bytes / events * events) {
+    if (clipboard.written.size() != 1 || model.text().size() != bytes / events * events) {
         std::fprintf(stderr, "unexpected result\n");
         std::exit(1);
     }

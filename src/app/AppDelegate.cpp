@@ -4,7 +4,8 @@
 #include "core/desktop/Clipboard.h"
 #include "core/desktop/WakeObserver.h"
 #include "core/panel/FixPanelControlsState.h"
-#include "core/windows/ConventionalWindowCoordinator.h"
+#include "core/presets/PresetStore.h"
+#include "core/providers/APIKeyStore.h"
 #include "core/windows/WindowSession.h"
 #include "platform/linux/DBusStatusItemExport.h"
 #include "platform/linux/LinuxServices.h"
@@ -22,9 +23,9 @@
 
 namespace scrivel {
 
-AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
-                         HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent)
-    : QObject(parent), m_services(services), m_clipboard(clipboard), m_wakeObserver(wakeObserver),
+AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, HotKeyService& hotKeys,
+                         PanelWindowTraits panelTraits, QObject* parent)
+    : QObject(parent), m_services(services), m_clipboard(clipboard),
       m_panelTraits(std::move(panelTraits)), m_shortcuts(services.settings(), hotKeys),
       m_announcer(std::make_unique<NoOpAnnouncer>()) {
     // The recorder where keys are grabbed; elsewhere what the desktop offers.
@@ -55,11 +56,10 @@ AppDelegate::AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObse
     m_mainWindow = std::make_unique<MainWindowController>(std::move(windowServices));
     // The main window is the one conventional window: while it is open Scrivel
     // is an ordinary app.
-    connect(m_mainWindow.get(), &MainWindowController::windowShown, this, [](QWidget* window) {
-        ConventionalWindowCoordinator& coordinator = ConventionalWindowCoordinator::shared();
+    connect(m_mainWindow.get(), &MainWindowController::windowShown, this, [this](QWidget* window) {
         if (!window->findChild<WindowSession*>(QString(), Qt::FindDirectChildrenOnly))
-            new WindowSession(window, coordinator);
-        coordinator.track(window);
+            new WindowSession(window, m_windows);
+        m_windows.track(window);
     });
 }
 
@@ -81,26 +81,20 @@ void AppDelegate::launch() {
     // Linux has no update framework: this makes no controller even in a
     // build configured for updates.
     m_updater.startIfConfigured();
-    attachGlobalShortcut();
-    observeWake();
+    showShortcutHint();
+    connectRun();
+    followChanges();
     prewarmActivePreset();
     showPanelAtFirstLaunch();
     Q_EMIT launched();
 }
 
 void AppDelegate::createFixPanel() {
-    QPointer<AppDelegate> self(this);
-    // "Open Presets…" after a failed run: on the preset that failed.
-    auto openPresets = [self](const QUuid& presetID) {
-        if (self)
-            self->m_mainWindow->presentPreset(presetID, self->presetsChangedHandler());
-    };
-    Clipboard& clipboard = m_clipboard;
-    auto copyResult = [&clipboard](const QString& text) {
-        return copyToClipboard(clipboard, text);
-    };
     m_fixPanel = std::make_unique<FixPanelController>(
-        m_services.presets(), m_services.coordinator(), openPresets, copyResult, m_panelTraits);
+        m_services.presets(), m_services.coordinator(), m_clipboard, m_panelTraits);
+    // "Open Presets…" after a failed run: on the preset that failed.
+    connect(&m_fixPanel->model(), &FixPanelModel::presetsRequested, this,
+            [this](const QUuid& presetID) { m_mainWindow->presentPreset(presetID); });
 }
 
 void AppDelegate::connectSelection() {
@@ -120,34 +114,27 @@ void AppDelegate::connectSelection() {
 }
 
 void AppDelegate::createStatusItem() {
-    QPointer<AppDelegate> self(this);
-    StatusItemController::Actions actions;
-    actions.presentPanelCentred = [self] {
-        if (self && self->m_fixPanel)
-            self->m_fixPanel->presentCentered(std::nullopt);
-    };
-    actions.showSettings = [self](UpdaterController&, std::function<void()>) {
-        if (self)
-            self->openMainWindow(true);
-    };
-    KeyboardShortcuts& shortcuts = m_shortcuts;
-    actions.setShortcutEnabled = [&shortcuts](bool enabled) {
-        const QList<ShortcutName> names{ShortcutName::rewriteFocusedField()};
-        if (enabled)
-            shortcuts.enable(names);
-        else
-            shortcuts.disable(names);
-    };
-    actions.bindOpenPanelAction = [&shortcuts](QAction* openPanel) {
-        ShortcutActionBinding::bind(openPanel, shortcuts, ShortcutName::rewriteFocusedField());
-    };
-    actions.quit = [] { QCoreApplication::quit(); };
-    m_statusItem =
-        std::make_unique<StatusItemController>(m_services.coordinator(), m_services.presets(),
-                                               m_updater, *m_announcer, std::move(actions));
+    m_statusItem = std::make_unique<StatusItemController>(m_services.coordinator(),
+                                                          m_services.presets(), *m_announcer);
+    StatusItemModel& tray = m_statusItem->model();
+    ShortcutActionBinding::bind(m_statusItem->openPanelAction(), m_shortcuts,
+                                ShortcutName::rewriteFocusedField());
+    connect(&tray, &StatusItemModel::panelRequested, m_fixPanel.get(),
+            [panel = m_fixPanel.get()] { panel->presentCentered(std::nullopt); });
+    connect(&tray, &StatusItemModel::settingsRequested, this, [this] { openMainWindow(true); });
+    connect(&tray, &StatusItemModel::shortcutEnabledChanged, this,
+            &AppDelegate::setGlobalShortcutEnabled);
     // The tray's look and tooltip for scripts and tests: an XEmbed tray shows
     // its tooltip to no one else.
-    m_statusItemExport = std::make_unique<DBusStatusItemExport>(m_statusItem->model());
+    m_statusItemExport = std::make_unique<DBusStatusItemExport>(tray);
+}
+
+void AppDelegate::setGlobalShortcutEnabled(bool enabled) {
+    const QList<ShortcutName> names{ShortcutName::rewriteFocusedField()};
+    if (enabled)
+        m_shortcuts.enable(names);
+    else
+        m_shortcuts.disable(names);
 }
 
 void AppDelegate::createStorageAlerts(const std::optional<PresetStoreProblem>& presetProblem) {
@@ -184,33 +171,55 @@ SettingsView* AppDelegate::makeSettingsView(QWidget* parent) {
                             m_selectionPreferences.get(), parent);
 }
 
-void AppDelegate::attachGlobalShortcut() {
-    const ShortcutName& name = ShortcutName::rewriteFocusedField();
-    KeyboardShortcuts& shortcuts = m_shortcuts;
-    m_fixPanel->setShortcutHint([&shortcuts, name] {
-        return shortcutHintText(shortcuts.deliveryStatus(), shortcuts.displayText(name));
-    });
-    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, m_fixPanel.get(),
-            &FixPanelController::refreshShortcutHint);
-    connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, m_fixPanel.get(),
-            &FixPanelController::refreshShortcutHint);
-    // The controller queues the toggle, so the hot-key handler returns at once.
-    QPointer<AppDelegate> self(this);
-    m_hotKey = std::make_unique<HotKeyController>(m_shortcuts, [self] {
-        if (self)
-            self->togglePanel();
-    });
+void AppDelegate::showShortcutHint() {
+    // The panel's hint says how the shortcut reaches Scrivel now.
+    const auto show = [this] {
+        m_fixPanel->setShortcutHint(
+            shortcutHintText(m_shortcuts.deliveryStatus(),
+                             m_shortcuts.displayText(ShortcutName::rewriteFocusedField())));
+    };
+    show();
+    connect(&m_shortcuts, &KeyboardShortcuts::shortcutChanged, this, show);
+    connect(&m_shortcuts, &KeyboardShortcuts::deliveryStatusChanged, this, show);
+}
+
+// One run, from the shortcut to the tray:
+//  1. The shortcut's release: HotKeyController::togglePanelRequested (queued,
+//     so the hot-key handler returns at once) → togglePanel(), which shows
+//     the panel at the pointer with the focused window's selection.
+//  2. Return in the panel: PanelTextEditor::submitted → FixPanelModel::run
+//     (FixPanelView), which calls RewriteCoordinator::rewrite and shows the
+//     reply as it streams in.
+//  3. A changed result: FixPanelModel copies it to the Clipboard it was
+//     given (its success decides the panel's stage); SelectionHandoff may
+//     paste it back into the window the user left (connectSelection()).
+//  4. The run's states: RewriteCoordinator::operationStateChanged →
+//     StatusItemModel::applyState, the tray's look and status line.
+void AppDelegate::connectRun() {
+    m_hotKey = std::make_unique<HotKeyController>(m_shortcuts);
+    connect(m_hotKey.get(), &HotKeyController::togglePanelRequested, this,
+            &AppDelegate::togglePanel);
+    // The coordinator reports from inside a run; the tray shows each state on
+    // the next turn of the event loop, in the order reported.
+    connect(&m_services.coordinator(), &RewriteCoordinator::operationStateChanged,
+            &m_statusItem->model(), &StatusItemModel::applyState, Qt::QueuedConnection);
+}
+
+// Changes made anywhere (the main window, an import, the panel's or the
+// tray's preset choice) and the wake from sleep: the active preset is
+// prepared again and the tray reads its readiness again. The tray follows
+// the preset store itself; an API key is the key store's news.
+void AppDelegate::followChanges() {
+    connect(&m_services.presets(), &PresetStore::presetsChanged, this,
+            &AppDelegate::prewarmActivePreset, Qt::QueuedConnection);
+    connect(&m_services.wake(), &WakeObserver::didWake, this, &AppDelegate::prewarmActivePreset,
+            Qt::QueuedConnection);
+    connect(&m_services.keys(), &APIKeyStore::keyChanged, &m_statusItem->model(),
+            &StatusItemModel::refreshReadiness);
 }
 
 ShortcutRecorderModel::MenuItemLookup AppDelegate::menuItemLookup() {
     return &ShortcutActionBinding::applicationMenuItemUsing;
-}
-
-void AppDelegate::observeWake() {
-    if (!m_wakeObserver)
-        return;
-    connect(m_wakeObserver, &WakeObserver::didWake, this, &AppDelegate::prewarmActivePreset,
-            Qt::QueuedConnection);
 }
 
 void AppDelegate::prewarmActivePreset() {
@@ -244,21 +253,7 @@ void AppDelegate::activate() {
 }
 
 void AppDelegate::openMainWindow(bool selectSettings) {
-    if (m_openMainWindow) {
-        m_openMainWindow(selectSettings);
-        return;
-    }
-    m_mainWindow->present(selectSettings, presetsChangedHandler());
-}
-
-std::function<void()> AppDelegate::presetsChangedHandler() {
-    // Every change of a preset made in the window (and every import) may
-    // have changed the active preset, which is prepared again.
-    QPointer<AppDelegate> self(this);
-    return [self] {
-        if (self)
-            QTimer::singleShot(0, self, &AppDelegate::prewarmActivePreset);
-    };
+    m_mainWindow->present(selectSettings);
 }
 
 } // namespace scrivel

@@ -7,12 +7,13 @@
 #include "core/shortcuts/HotKeyController.h"
 #include "core/shortcuts/KeyboardShortcuts.h"
 #include "core/shortcuts/ShortcutRecorderModel.h"
+#include "core/windows/ConventionalWindowCoordinator.h"
+#include "platform/linux/StatusAreaActivationPolicy.h"
 #include "ui/editor/MainWindowController.h"
 #include "ui/panel/FixPanelController.h"
 #include "ui/settings/SettingsView.h"
 
 #include <QObject>
-#include <functional>
 #include <memory>
 
 namespace scrivel {
@@ -26,20 +27,20 @@ class LoginItemService;
 class SelectionDesktop;
 class StatusItemController;
 class StorageAlerts;
-class WakeObserver;
 
-// Creates and owns the desktop app's long-lived pieces and runs the launch
-// sequence: on-device availability, seeding the presets, the panel, the tray
-// item, the updater, the wake observer, prewarming, and the panel shown once
-// at the very first launch.
+// Creates and owns the desktop app's long-lived pieces, runs the launch
+// sequence (seeding the presets, the panel, the tray item, the updater, the
+// global shortcut, the panel shown once at the very first launch) and
+// connects the pieces: the path of a run from the shortcut to the tray is in
+// connectRun().
 class AppDelegate : public QObject {
     Q_OBJECT
 
 public:
     static QString hasSeenPanelKey() { return QStringLiteral("scrivel.panel.has-seen"); }
 
-    AppDelegate(LinuxServices& services, Clipboard& clipboard, WakeObserver* wakeObserver,
-                HotKeyService& hotKeys, PanelWindowTraits panelTraits, QObject* parent = nullptr);
+    AppDelegate(LinuxServices& services, Clipboard& clipboard, HotKeyService& hotKeys,
+                PanelWindowTraits panelTraits, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     // Where the panel takes the selected text from and hands results back
@@ -49,39 +50,21 @@ public:
 
     // Starts the launch sequence on the event loop and returns at once.
     void applicationDidFinishLaunching();
-    bool hasLaunched() const { return m_fixPanel != nullptr; }
 
+    // The panel, once launched.
     FixPanelController* fixPanel() const { return m_fixPanel.get(); }
-    // The main window's presenter; its signals report the window shown and
-    // closed, its settings page comes from setSettingsPage().
     MainWindowController& mainWindow() const { return *m_mainWindow; }
+    // The tray item, once launched.
     StatusItemController* statusItem() const { return m_statusItem.get(); }
-    SelectionPreferences* selectionPreferences() const { return m_selectionPreferences.get(); }
-    StorageAlerts* storageAlerts() const { return m_storageAlerts.get(); }
-    UpdaterController& updater() { return m_updater; }
     // The global shortcuts: the tray's "Open Panel" item binds to it and
     // disables it while its menu is open; the settings page records into it.
     KeyboardShortcuts& shortcuts() { return m_shortcuts; }
-    // What the shortcut recorder asks before it stores a combination: the
-    // title of an item in any of the app's menus that already uses it.
-    static ShortcutRecorderModel::MenuItemLookup menuItemLookup();
 
     // The global shortcut's action: hide a visible panel, otherwise show it
     // at the pointer.
     void togglePanel();
     // A second start of the app asks the running one to come forward.
     void activate();
-
-    // Replaces how the main window is opened (tests).
-    void setOpenMainWindow(std::function<void(bool selectSettings)> open) {
-        m_openMainWindow = std::move(open);
-    }
-
-    void prewarmActivePreset();
-
-    // The main window's settings page, over this session's login items and
-    // the updater, with the recorder of the global shortcut.
-    SettingsView* makeSettingsView(QWidget* parent);
 
 Q_SIGNALS:
     void launched();
@@ -91,16 +74,23 @@ private:
     void createFixPanel();
     void connectSelection();
     void createStatusItem();
-    void attachGlobalShortcut();
-    void observeWake();
+    void setGlobalShortcutEnabled(bool enabled);
+    void showShortcutHint();
+    void connectRun();
+    void followChanges();
     void showPanelAtFirstLaunch();
     void createStorageAlerts(const std::optional<PresetStoreProblem>& presetProblem);
     void openMainWindow(bool selectSettings);
-    std::function<void()> presetsChangedHandler();
+    void prewarmActivePreset();
+    // The main window's settings page, over this session's login items and
+    // the updater, with the recorder of the global shortcut.
+    SettingsView* makeSettingsView(QWidget* parent);
+    // What the shortcut recorder asks before it stores a combination: the
+    // title of an item in any of the app's menus that already uses it.
+    static ShortcutRecorderModel::MenuItemLookup menuItemLookup();
 
     LinuxServices& m_services;
     Clipboard& m_clipboard;
-    WakeObserver* m_wakeObserver;
     PanelWindowTraits m_panelTraits;
     KeyboardShortcuts m_shortcuts;
     UpdaterController m_updater;
@@ -115,7 +105,10 @@ private:
     std::unique_ptr<DBusStatusItemExport> m_statusItemExport;
     std::unique_ptr<HotKeyController> m_hotKey;
     std::unique_ptr<StorageAlerts> m_storageAlerts;
-    std::function<void(bool)> m_openMainWindow;
+    // While the main window is open Scrivel is an ordinary app; the windows
+    // outlive their sessions with the coordinator.
+    StatusAreaActivationPolicy m_activationPolicy;
+    ConventionalWindowCoordinator m_windows{m_activationPolicy};
     std::unique_ptr<MainWindowController> m_mainWindow;
 };
 

@@ -4,7 +4,6 @@
 #include "core/support/Translations.h"
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxServices.h"
-#include "platform/linux/LogindWakeObserver.h"
 #include "platform/linux/PortalHotKeyService.h"
 #include "platform/linux/QtClipboard.h"
 #include "platform/linux/UnavailableHotKeyService.h"
@@ -154,7 +153,6 @@ int main(int argc, char** argv) {
 
     scrivel::LinuxServices services;
     scrivel::QtClipboard clipboard;
-    scrivel::LogindWakeObserver wakeObserver;
     scrivel::PanelWindowTraits panelTraits;
     panelTraits.composited = scrivel::X11Desktop::compositorRunning();
     panelTraits.prepareWindow = [](QWidget* window) {
@@ -191,7 +189,7 @@ int main(int argc, char** argv) {
     const std::unique_ptr<scrivel::X11SelectionDesktop> selectionDesktop =
         scrivel::X11SelectionDesktop::forSession();
 
-    scrivel::AppDelegate delegate(services, clipboard, &wakeObserver, *hotKeys, panelTraits);
+    scrivel::AppDelegate delegate(services, clipboard, *hotKeys, panelTraits);
     delegate.setSelectionDesktop(selectionDesktop.get());
     // The caller's token lets the window that comes up take the keyboard.
     QObject::connect(&instance, &scrivel::SingleInstance::activateRequested, &delegate,

@@ -48,8 +48,8 @@ private Q_SLOTS:
             .clear();
         QVERIFY(QDir(home().filePath(QStringLiteral("data"))).removeRecursively());
         m_services = std::make_unique<LinuxServices>();
-        m_app = std::make_unique<AppDelegate>(*m_services, m_clipboard, nullptr, m_hotKeys,
-                                              PanelWindowTraits{});
+        m_app =
+            std::make_unique<AppDelegate>(*m_services, m_clipboard, m_hotKeys, PanelWindowTraits{});
         QSignalSpy launched(m_app.get(), &AppDelegate::launched);
         m_app->applicationDidFinishLaunching();
         QVERIFY(launched.wait());

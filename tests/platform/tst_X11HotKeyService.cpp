@@ -106,17 +106,17 @@ void X11HotKeyServiceTest::pressAndReleaseUnderEveryLock() {
     xdotool({"key", "ctrl+alt+Return"});
     QTRY_COMPARE(hotKey.released, 1);
     QCOMPARE(hotKey.pressed, 1);
-    // Another key with the same modifiers is not the shortcut.
+    // Another key with the same modifiers is not the shortcut. (The events
+    // come from the X server: wait for them, bounded.)
+    const auto anotherEvent = [&] { return hotKey.pressed + hotKey.released > 2; };
     xdotool({"key", "ctrl+alt+Tab"});
-    QTest::qWait(200);
-    QCOMPARE(std::pair(hotKey.pressed, hotKey.released), std::pair(1, 1));
+    QVERIFY(!QTest::qWaitFor(anotherEvent, 200));
     cleanup();
 
     // Unregistered on disable: the keys go by.
     hotKey.shortcuts.disable({ShortcutName::rewriteFocusedField()});
     xdotool({"key", "ctrl+alt+Return"});
-    QTest::qWait(200);
-    QCOMPARE(hotKey.released, 1);
+    QVERIFY(!QTest::qWaitFor(anotherEvent, 200));
 }
 
 void X11HotKeyServiceTest::holdingTheKeysReportsOnePress() {
@@ -128,8 +128,7 @@ void X11HotKeyServiceTest::holdingTheKeysReportsOnePress() {
     xdotool({"keyup", "Return"});
     QTRY_COMPARE(hotKey.released, 1);
     xdotool({"keyup", "ctrl+alt"});
-    QTest::qWait(100);
-    QCOMPARE(std::pair(hotKey.pressed, hotKey.released), std::pair(1, 1));
+    QVERIFY(!QTest::qWaitFor([&] { return hotKey.pressed + hotKey.released > 2; }, 100));
 }
 
 void X11HotKeyServiceTest::ourOwnFocusedWindowDoesNotSwallowTheKeys() {

@@ -1,5 +1,7 @@
 #include "support/TestSupport.h"
 
+#include <QCoreApplication>
+
 namespace scrivel::test {
 
 QString printable(const QByteArray& bytes) {
@@ -20,6 +22,13 @@ QString textOfUtf8Bytes(qsizetype byteCount, const QString& unit) {
     QString text = unit.repeated(units);
     text += QString(byteCount - units * unitBytes, QLatin1Char('a'));
     return text;
+}
+
+void deliverPostedEvents(int hops) {
+    // Each call delivers the events posted before it; what they post waits
+    // for the next call.
+    for (int i = 0; i < hops; ++i)
+        QCoreApplication::sendPostedEvents();
 }
 
 } // namespace scrivel::test

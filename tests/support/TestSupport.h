@@ -18,6 +18,13 @@ QString printable(const QByteArray& bytes);
 // padded with ASCII 'a' (unit must be shorter than byteCount).
 QString textOfUtf8Bytes(qsizetype byteCount, const QString& unit = QStringLiteral("a"));
 
+// Delivers what is already posted to the event loop (queued calls, a
+// future's delivery), and what that posts in turn, up to hops deep. A check
+// that something did not happen, made after this, comes after it would have
+// happened, without waiting on the clock. Timers and sockets are not
+// delivered: wait for their signal instead.
+void deliverPostedEvents(int hops = 20);
+
 // Spins the event loop until the future delivers, or the time runs out.
 template <typename T>
 std::optional<T> waitFor(Future<T> future, int timeoutMs = 5000) {

@@ -35,7 +35,6 @@ int importPack(Invocation& call) {
     }
     if (!call.session.saved(*store))
         return otherFailure;
-    PresetTransferNotifier::instance().postDidImport(imported->affectedIDs);
     write(stdout, CliText::tr("Imported %1: %2 added, %3 replaced.")
                           .arg(presetCount(imported->added + imported->replaced))
                           .arg(imported->added)

@@ -5,9 +5,8 @@
 
 namespace scrivel {
 
-MainWindowModel::MainWindowModel(PresetStore& store, std::function<void()> onChanged,
-                                 QObject* parent)
-    : QObject(parent), m_store(store), m_onChanged(std::move(onChanged)) {}
+MainWindowModel::MainWindowModel(PresetStore& store, QObject* parent)
+    : QObject(parent), m_store(store) {}
 
 void MainWindowModel::setSelection(const std::optional<MainSidebarItem>& selection) {
     if (selection == m_selection)
@@ -38,13 +37,6 @@ void MainWindowModel::prepareSelection(const QUuid& presetID) {
         setSelection(MainSidebarItem::preset(presetID));
     else
         prepareSelection(false);
-}
-
-void MainWindowModel::setShowingPackPicker(bool showing) {
-    if (showing == m_isShowingPackPicker)
-        return;
-    m_isShowingPackPicker = showing;
-    Q_EMIT isShowingPackPickerChanged();
 }
 
 QUuid MainWindowModel::addPreset() {

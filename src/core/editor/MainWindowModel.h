@@ -6,25 +6,22 @@
 #include <QCoreApplication>
 #include <QObject>
 #include <QUuid>
-#include <functional>
 #include <optional>
 
 namespace scrivel {
 
 class PresetStore;
 
-// The state of the main window: what the sidebar has selected, the pack
-// picker, and the pending deletion, with the sidebar's rules for adding,
-// deleting and following imports.
+// The state of the main window: what the sidebar has selected and the
+// pending deletion, with the sidebar's rules for adding, deleting and
+// following imports.
 class MainWindowModel : public QObject {
     Q_OBJECT
 
 public:
-    MainWindowModel(PresetStore& store, std::function<void()> onChanged, QObject* parent = nullptr);
+    explicit MainWindowModel(PresetStore& store, QObject* parent = nullptr);
 
     PresetStore& store() const { return m_store; }
-    // Handed to each editor model, which calls it after every save.
-    const std::function<void()>& onChanged() const { return m_onChanged; }
 
     const std::optional<MainSidebarItem>& selection() const { return m_selection; }
     void setSelection(const std::optional<MainSidebarItem>& selection);
@@ -37,9 +34,6 @@ public:
     // Before the window is shown on one preset (the one a failed run used):
     // that preset when the store holds it, otherwise as for the presets.
     void prepareSelection(const QUuid& presetID);
-
-    bool isShowingPackPicker() const { return m_isShowingPackPicker; }
-    void setShowingPackPicker(bool showing);
 
     // Appends a copy of the selected preset (or of the active one when no
     // preset is selected) and selects it.
@@ -77,14 +71,11 @@ public:
 
 Q_SIGNALS:
     void selectionChanged();
-    void isShowingPackPickerChanged();
     void deleteConfirmationChanged();
 
 private:
     PresetStore& m_store;
-    std::function<void()> m_onChanged;
     std::optional<MainSidebarItem> m_selection;
-    bool m_isShowingPackPicker = false;
     std::optional<Preset> m_pendingDeletion;
 };
 

@@ -79,12 +79,12 @@ PresetEditorModel::RunTestTransform PresetEditorModel::hubTestTransform(Provider
 }
 
 PresetEditorModel::PresetEditorModel(const Preset& preset, PresetStore& store,
-                                     std::function<void()> onChanged, APIKeyProviding& keys,
-                                     LoadModels loadModels, RunTestTransform runTestTransform,
-                                     Options options, QObject* parent)
-    : QObject(parent), m_draft(preset), m_store(store), m_onChanged(std::move(onChanged)),
-      m_keys(keys), m_loadModels(std::move(loadModels)),
-      m_runTestTransform(std::move(runTestTransform)), m_options(options) {
+                                     APIKeyProviding& keys, LoadModels loadModels,
+                                     RunTestTransform runTestTransform, Options options,
+                                     QObject* parent)
+    : QObject(parent), m_draft(preset), m_store(store), m_keys(keys),
+      m_loadModels(std::move(loadModels)), m_runTestTransform(std::move(runTestTransform)),
+      m_options(options) {
     for (QTimer* timer : {&m_saveTimer, &m_baseURLResetTimer, &m_apiKeyTimer}) {
         timer->setSingleShot(true);
         timer->setTimerType(Qt::PreciseTimer);
@@ -180,9 +180,6 @@ void PresetEditorModel::writeSnapshot() {
     const Preset snapshot = *std::exchange(m_saveSnapshot, std::nullopt);
     m_lastSaved = snapshot;
     m_store.update(snapshot);
-    if (m_onChanged)
-        m_onChanged();
-    Q_EMIT saved();
 }
 
 void PresetEditorModel::providerDidChange() {

@@ -63,9 +63,8 @@ public:
     static RunTestTransform hubTestTransform(ProviderHub& hub);
 
     // Reads the stored key of the preset's provider and connects when it can.
-    PresetEditorModel(const Preset& preset, PresetStore& store, std::function<void()> onChanged,
-                      APIKeyProviding& keys, LoadModels loadModels,
-                      RunTestTransform runTestTransform, Options options,
+    PresetEditorModel(const Preset& preset, PresetStore& store, APIKeyProviding& keys,
+                      LoadModels loadModels, RunTestTransform runTestTransform, Options options,
                       QObject* parent = nullptr);
     // A save still waiting for its pause is written now, so switching presets
     // or closing the window never loses the last keystrokes.
@@ -136,8 +135,6 @@ Q_SIGNALS:
     void testStatusChanged();
     void isTestingChanged();
     void keyRemovalConfirmationRequested();
-    // After each save reached the store.
-    void saved();
 
 private:
     // One field of the draft changed; everything else stays.
@@ -174,7 +171,6 @@ private:
 
     Preset m_draft;
     PresetStore& m_store;
-    std::function<void()> m_onChanged;
     APIKeyProviding& m_keys;
     LoadModels m_loadModels;
     RunTestTransform m_runTestTransform;

@@ -1,5 +1,6 @@
 #include "core/panel/FixPanelModel.h"
 
+#include "core/desktop/Clipboard.h"
 #include "core/presets/PresetStore.h"
 #include "core/support/UnicodeText.h"
 
@@ -18,9 +19,8 @@ bool sameText(const TextSnapshot& a, const TextSnapshot& b) {
 } // namespace
 
 FixPanelModel::FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator,
-                             OpenPresets openPresets, CopyResult copyResult, QObject* parent)
-    : QObject(parent), m_presets(presets), m_coordinator(coordinator),
-      m_openPresets(std::move(openPresets)), m_copyResult(std::move(copyResult)) {
+                             Clipboard& clipboard, QObject* parent)
+    : QObject(parent), m_presets(presets), m_coordinator(coordinator), m_clipboard(clipboard) {
     // A preset chosen anywhere else (the tray, the main window) is a change
     // of preset like one in the panel's own picker.
     connect(&m_presets, &PresetStore::activePresetIDChanged, this,
@@ -34,15 +34,30 @@ QString FixPanelModel::text() const {
 }
 
 void FixPanelModel::setText(const QString& text) {
-    setTextSnapshot(TextSnapshot(text));
+    replaceText(TextSnapshot(text));
 }
 
-void FixPanelModel::setTextSnapshot(const TextSnapshot& text) {
-    if (sameText(m_text, text))
+void FixPanelModel::editText(const QString& text) {
+    if (!setTextSnapshot(TextSnapshot(text)))
         return;
+    if (m_stage.kind == PanelStage::Kind::working || m_stage.kind == PanelStage::Kind::input)
+        return;
+    setStage(PanelStage::input());
+    setOriginalText(std::nullopt);
+}
+
+bool FixPanelModel::setTextSnapshot(const TextSnapshot& text) {
+    if (sameText(m_text, text))
+        return false;
     m_text = text;
     m_textCache.reset();
     Q_EMIT textChanged();
+    return true;
+}
+
+void FixPanelModel::replaceText(const TextSnapshot& text) {
+    if (setTextSnapshot(text))
+        Q_EMIT textReplaced();
 }
 
 void FixPanelModel::setStage(const PanelStage& stage) {
@@ -66,27 +81,14 @@ void FixPanelModel::setShowsShortcutHint(bool shows) {
     Q_EMIT showsShortcutHintChanged();
 }
 
-void FixPanelModel::setProgrammaticText(const std::optional<TextSnapshot>& text) {
-    if (m_programmaticText.has_value() == text.has_value() &&
-        (!text || sameText(*m_programmaticText, *text)))
-        return;
-    m_programmaticText = text;
-    Q_EMIT programmaticTextChanged();
-}
-
 void FixPanelModel::beginPresentation() {
     m_presentationID = QUuid::createUuid();
     Q_EMIT presentationIDChanged();
 }
 
-void FixPanelModel::showProgrammatically(const TextSnapshot& text) {
-    setProgrammaticText(text);
-    setTextSnapshot(text);
-}
-
 void FixPanelModel::restoreOriginal() {
     if (m_originalText)
-        showProgrammatically(TextSnapshot(*m_originalText));
+        replaceText(TextSnapshot(*m_originalText));
 }
 
 bool FixPanelModel::canRun() const {
@@ -111,7 +113,7 @@ void FixPanelModel::run() {
             if (!self || generation != self->m_runGeneration ||
                 self->m_stage.kind != PanelStage::Kind::working)
                 return;
-            self->showProgrammatically(text);
+            self->replaceText(text);
         });
     m_operation.then(this, [this, generation](RewriteCoordinator::Result result) {
         finishRun(generation, result);
@@ -123,8 +125,8 @@ void FixPanelModel::finishRun(qint64 generation, const RewriteCoordinator::Resul
         return; // superseded or cancelled
     if (result) {
         if (result->kind() == FixResult::Kind::fixed) {
-            showProgrammatically(TextSnapshot(result->text()));
-            if (m_copyResult && m_copyResult(result->text()))
+            replaceText(TextSnapshot(result->text()));
+            if (copyToClipboard(m_clipboard, result->text()))
                 setStage(PanelStage::copied());
             else
                 setStage(PanelStage::failure(
@@ -168,7 +170,7 @@ void FixPanelModel::cancel() {
 void FixPanelModel::revert() {
     if (!m_originalText)
         return;
-    showProgrammatically(TextSnapshot(*m_originalText));
+    replaceText(TextSnapshot(*m_originalText));
     setOriginalText(std::nullopt);
     setStage(PanelStage::input());
 }
@@ -177,9 +179,8 @@ void FixPanelModel::reset() {
     ++m_runGeneration;
     m_operation.cancel();
     m_operation = {};
-    setTextSnapshot(TextSnapshot());
+    replaceText(TextSnapshot());
     setOriginalText(std::nullopt);
-    setProgrammaticText(std::nullopt);
     setShowsShortcutHint(false);
     setStage(PanelStage::input());
 }
@@ -188,16 +189,6 @@ void FixPanelModel::refuse(const QString& message) {
     if (m_stage.kind == PanelStage::Kind::working)
         return;
     setStage(PanelStage::failure(message, false));
-}
-
-void FixPanelModel::textDidChange() {
-    if (m_programmaticText && sameText(*m_programmaticText, m_text))
-        return;
-    setProgrammaticText(std::nullopt);
-    if (m_stage.kind == PanelStage::Kind::working || m_stage.kind == PanelStage::Kind::input)
-        return;
-    setStage(PanelStage::input());
-    setOriginalText(std::nullopt);
 }
 
 void FixPanelModel::selectPreset(const QUuid& id) {
@@ -237,9 +228,8 @@ void FixPanelModel::setActivePresetID(const std::optional<QUuid>& id) {
     selectPreset(*id);
 }
 
-void FixPanelModel::openPresets() const {
-    if (m_openPresets)
-        m_openPresets(m_runPresetID);
+void FixPanelModel::openPresets() {
+    Q_EMIT presetsRequested(m_runPresetID);
 }
 
 } // namespace scrivel

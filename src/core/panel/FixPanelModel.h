@@ -12,6 +12,7 @@
 
 namespace scrivel {
 
+class Clipboard;
 class PresetStore;
 
 // The stage of the fix panel.
@@ -34,7 +35,11 @@ struct PanelStage {
 };
 
 // The state behind the floating panel: the text being edited, the stage of
-// the current run and the text as it was before the run. Runs are numbered;
+// the current run and the text as it was before the run. A changed text is
+// copied to the clipboard, concealed, as the run ends. The model tells its
+// own changes of the text (a streamed reply, the result, the original back)
+// from the user's: only the user's edits leave a result behind, and only its
+// own changes are sent back to the field (textReplaced). Runs are numbered;
 // only the newest may change the text or the stage, so a superseded or
 // cancelled run that finishes late changes nothing. Main thread only.
 class FixPanelModel : public QObject {
@@ -46,25 +51,25 @@ class FixPanelModel : public QObject {
 
 public:
     using Stage = PanelStage;
-    using CopyResult = std::function<bool(const QString&)>;
-    // Opens the presets on the one the last run used (null before any run).
-    using OpenPresets = std::function<void(const QUuid& presetID)>;
 
-    FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator, OpenPresets openPresets,
-                  CopyResult copyResult, QObject* parent = nullptr);
+    FixPanelModel(PresetStore& presets, RewriteCoordinator& coordinator, Clipboard& clipboard,
+                  QObject* parent = nullptr);
 
     QString text() const;
     // The text as a snapshot: cheap to compare and to follow while a reply
     // streams in.
     const TextSnapshot& textSnapshot() const { return m_text; }
+    // Puts a text in the field (the first launch's sample).
     void setText(const QString& text);
+    // The user changed the text in the field: an edit after a run leaves its
+    // result (the stage returns to input, there is nothing to revert to).
+    void editText(const QString& text);
 
     const PanelStage& stage() const { return m_stage; }
     const std::optional<QString>& originalText() const { return m_originalText; }
     QUuid presentationID() const { return m_presentationID; }
     bool showsShortcutHint() const { return m_showsShortcutHint; }
     void setShowsShortcutHint(bool shows);
-    const std::optional<TextSnapshot>& programmaticText() const { return m_programmaticText; }
     qint64 runGeneration() const { return m_runGeneration; }
 
     // A fresh presentation identifier, each time the panel is shown.
@@ -75,31 +80,35 @@ public:
     void cancel();
     void revert();
     void reset();
-    // Called by the editor after every change of the text.
-    void textDidChange();
     // Shows a failure that no run produced (a text refused before it got
     // into the panel). Editing the text clears it, as it does any failure.
     void refuse(const QString& message);
     void selectPreset(const QUuid& id);
     std::optional<QUuid> activePresetID() const;
     void setActivePresetID(const std::optional<QUuid>& id);
-    void openPresets() const;
+    // "Open Presets…" after a key problem: presetsRequested.
+    void openPresets();
 
 Q_SIGNALS:
+    // Every change of the text, the user's included.
     void textChanged();
+    // The text changed other than by the user's edit: the field shows it.
+    void textReplaced();
     void stageChanged();
     void originalTextChanged();
     void presentationIDChanged();
     void showsShortcutHintChanged();
-    void programmaticTextChanged();
+    // Open the main window on the presets, on the one the last run used
+    // (null before any run).
+    void presetsRequested(const QUuid& presetID);
 
 private:
-    void setTextSnapshot(const TextSnapshot& text);
+    // False when the text was already this.
+    bool setTextSnapshot(const TextSnapshot& text);
     void setStage(const PanelStage& stage);
     void setOriginalText(const std::optional<QString>& text);
-    void setProgrammaticText(const std::optional<TextSnapshot>& text);
-    // Puts text into the editor as the model's own change.
-    void showProgrammatically(const TextSnapshot& text);
+    // Puts text into the field as the model's own change.
+    void replaceText(const TextSnapshot& text);
     void restoreOriginal();
     // A shown result or failure returns to editing (the text stays).
     void leaveShownOutcome();
@@ -107,8 +116,7 @@ private:
 
     PresetStore& m_presets;
     RewriteCoordinator& m_coordinator;
-    OpenPresets m_openPresets;
-    CopyResult m_copyResult;
+    Clipboard& m_clipboard;
 
     TextSnapshot m_text;
     mutable std::optional<QString> m_textCache;
@@ -116,7 +124,6 @@ private:
     std::optional<QString> m_originalText;
     QUuid m_presentationID = QUuid::createUuid();
     bool m_showsShortcutHint = false;
-    std::optional<TextSnapshot> m_programmaticText;
     Future<RewriteCoordinator::Result> m_operation;
     qint64 m_runGeneration = 0;
     QUuid m_runPresetID;

@@ -70,7 +70,7 @@ public:
     void start(std::chrono::milliseconds timeout) {
         QPointer<Run> self(this);
         m_promise.onCancel([self] {
-            // The caller gave up: stop reading and let the status display idle.
+            // The caller gave up: stop reading and report the run idle.
             if (!self || self->m_finished)
                 return;
             self->m_finished = true;
@@ -197,16 +197,12 @@ void RewriteCoordinator::setDeadlineClock(DeadlineClock clock) {
 
 void RewriteCoordinator::checkDeadlines() {
     // A run that fails here deletes itself later, so the set stays valid,
-    // but copy it anyway: failing publishes to handlers that may start runs.
+    // but copy it anyway: failing reports to listeners that may start runs.
     const QSet<Run*> runs = m_runs;
     for (Run* run : runs) {
         if (m_runs.contains(run))
             run->checkDeadline();
     }
-}
-
-void RewriteCoordinator::setUIHandler(UIHandler handler) {
-    m_uiHandler = std::move(handler);
 }
 
 void RewriteCoordinator::prewarm(const std::optional<Preset>& preset) {
@@ -287,8 +283,7 @@ void RewriteCoordinator::publish(const OperationUIState& state) {
     default:
         break;
     }
-    if (m_uiHandler)
-        m_uiHandler(state);
+    Q_EMIT operationStateChanged(state);
 }
 
 void RewriteCoordinator::report(const RewriteError& error) {

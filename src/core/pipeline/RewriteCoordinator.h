@@ -19,15 +19,14 @@
 namespace scrivel {
 
 // Runs one rewrite from input text to final text: checks the input, reports
-// the run to the status display, streams the transformer's reply against a
-// time-out, passes partial text on, and cleans and judges the final reply.
-// Several runs may overlap; each is independent.
+// the run's state (operationStateChanged, for the status item), streams the transformer's reply
+// against a time-out, passes partial text on, and cleans and judges the final reply. Several runs
+// may overlap; each is independent.
 class RewriteCoordinator : public QObject {
     Q_OBJECT
 
 public:
     using Result = std::expected<FixResult, TransformFailure>;
-    using UIHandler = std::function<void(const OperationUIState&)>;
     using PartialTextHandler = std::function<void(const TextSnapshot&)>;
     // Turns a time-out in whole seconds into the duration actually waited.
     // Production waits the seconds themselves; tests shrink them.
@@ -43,15 +42,14 @@ public:
     // Checks every run's deadline against the clock now: a run whose time
     // ran out while the machine slept fails at once. Called on wake.
     void checkDeadlines();
-    void setUIHandler(UIHandler handler);
 
     void prewarm(const std::optional<Preset>& preset);
     Future<std::optional<UnavailableReason>> unavailableReason(const std::optional<Preset>& preset);
 
     // Delivers the FixResult, or a failure: TransformFailure::rewrite with the
     // RewriteError, or TransformFailure::cancelled when the run was cancelled
-    // from below. A run cancelled by its caller delivers nothing (the status
-    // display is still told it went idle).
+    // from below. A run cancelled by its caller delivers nothing (its state
+    // still goes back to idle).
     Future<Result> rewrite(const QString& input, const Preset& preset,
                            PartialTextHandler onPartialText = {});
 
@@ -62,6 +60,11 @@ public:
     // size, plus 60 for medium or high effort on a reasoning model.
     static int timeoutSeconds(const QString& input, const Preset& preset);
 
+Q_SIGNALS:
+    // Reported from inside a run: working, then how it ended (or idle when it
+    // was cancelled). Runs may overlap; each reports its own states.
+    void operationStateChanged(const scrivel::OperationUIState& state);
+
 private:
     class Run;
     friend class Run;
@@ -70,7 +73,6 @@ private:
     void report(const RewriteError& error);
 
     PresetTransforming& m_transformer;
-    UIHandler m_uiHandler;
     TimeoutScale m_timeoutScale;
     DeadlineClock m_clock;
     QSet<Run*> m_runs;

@@ -9,15 +9,6 @@
 
 namespace scrivel {
 
-PresetTransferNotifier& PresetTransferNotifier::instance() {
-    static PresetTransferNotifier notifier;
-    return notifier;
-}
-
-void PresetTransferNotifier::postDidImport(const QList<QUuid>& affectedIDs) {
-    Q_EMIT didImport(affectedIDs.isEmpty() ? std::nullopt : std::optional(affectedIDs.first()));
-}
-
 namespace PresetTransfer {
 
 namespace {
@@ -91,7 +82,6 @@ std::optional<QUuid> importDocument(PresetStore& store, const PresetPackDocument
         ui.showFailure(failureTitle(), message(PresetTransferFailure{result.error(), {}}));
         return std::nullopt;
     }
-    PresetTransferNotifier::instance().postDidImport(result->affectedIDs);
     if (result->affectedIDs.isEmpty())
         return std::nullopt;
     return result->affectedIDs.first();

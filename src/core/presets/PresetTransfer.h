@@ -3,7 +3,6 @@
 #include "core/presets/PresetPackDocument.h"
 #include "core/presets/PresetPackError.h"
 
-#include <QObject>
 #include <QSet>
 #include <QString>
 #include <QUuid>
@@ -37,24 +36,6 @@ public:
     virtual void showFailure(const QString& title, const QString& message) = 0;
 };
 
-// Posts the process-wide import notification.
-class PresetTransferNotifier : public QObject {
-    Q_OBJECT
-
-public:
-    // The notification's name and the key of its one entry.
-    static QString didImportName() { return QStringLiteral("scrivel.presetTransfer.didImport"); }
-    static QString firstAffectedIDKey() { return QStringLiteral("firstAffectedID"); }
-
-    static PresetTransferNotifier& instance();
-
-    void postDidImport(const QList<QUuid>& affectedIDs);
-
-Q_SIGNALS:
-    // firstAffectedID is absent when the import affected nothing.
-    void didImport(std::optional<QUuid> firstAffectedID);
-};
-
 // Importing and exporting presets as pack files.
 namespace PresetTransfer {
 
@@ -73,7 +54,7 @@ std::expected<void, PresetTransferFailure> writeAtomically(const QString& path,
 QString proposedFileName(const QString& baseName);
 
 // The import flow: choose, read, import (replacing presets with known
-// identifiers), notify. Returns the first affected preset.
+// identifiers). Returns the first affected preset.
 std::optional<QUuid> importFromFile(PresetStore& store, PresetTransferUI& ui);
 // Adds a shipped pack's presets as new copies.
 std::optional<QUuid> addShippedPack(PresetStore& store, const PresetPackDocument& pack,

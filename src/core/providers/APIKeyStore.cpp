@@ -216,8 +216,9 @@ Future<VoidResult> APIKeyStore::saveKey(const QString& key, const QString& accou
         return deleteKey(account);
     if (!isStorableKey(trimmed))
         return ready(VoidResult(std::unexpected(KeychainError::invalidKey())));
-    return enqueue<VoidResult>(account, false,
-                               [this, trimmed, account] { return saveNow(trimmed, account); });
+    return enqueue<VoidResult>(account, false, [this, trimmed, account] {
+        return announcingChange(account, saveNow(trimmed, account));
+    });
 }
 
 Future<VoidResult> APIKeyStore::saveNow(const QString& trimmedKey, const QString& account) {
@@ -263,7 +264,18 @@ Future<VoidResult> APIKeyStore::saveTrimmed(const QString& key, const QString& a
 }
 
 Future<VoidResult> APIKeyStore::deleteKey(const QString& account) {
-    return enqueue<VoidResult>(account, false, [this, account] { return deleteNow(account); });
+    return enqueue<VoidResult>(
+        account, false, [this, account] { return announcingChange(account, deleteNow(account)); });
+}
+
+Future<VoidResult> APIKeyStore::announcingChange(const QString& account,
+                                                 Future<VoidResult> change) {
+    // Before the caller hears of it: a listener that reads the key at once
+    // is queued behind the account's change and sees its outcome.
+    return mapFuture(std::move(change), this, [this, account](VoidResult result) {
+        Q_EMIT keyChanged(account);
+        return result;
+    });
 }
 
 Future<VoidResult> APIKeyStore::deleteNow(const QString& account) {

@@ -54,6 +54,11 @@ public:
     Future<VoidResult> saveKey(const QString& key, const QString& account) override;
     Future<VoidResult> deleteKey(const QString& account) override;
 
+Q_SIGNALS:
+    // A save or delete of the account's key ended, whether or not it
+    // succeeded: what a read answers may have changed.
+    void keyChanged(const QString& account);
+
 private:
     struct AccountQueue {
         bool running = false;
@@ -69,6 +74,7 @@ private:
     Future<KeyResult> readNow(const QString& account);
     Future<VoidResult> saveNow(const QString& trimmedKey, const QString& account);
     Future<VoidResult> deleteNow(const QString& account);
+    Future<VoidResult> announcingChange(const QString& account, Future<VoidResult> change);
     Future<KeyResult> readItem(SecretStore& store, const QString& account);
     Future<KeyResult> readModernFirst(const QString& account);
     Future<VoidResult> saveTrimmed(const QString& key, const QString& account, bool modern);

@@ -6,21 +6,15 @@
 
 namespace scrivel {
 
-HotKeyController::HotKeyController(KeyboardShortcuts& shortcuts, std::function<void()> togglePanel,
-                                   QObject* parent)
-    : QObject(parent), m_togglePanel(std::move(togglePanel)) {
+HotKeyController::HotKeyController(KeyboardShortcuts& shortcuts, QObject* parent)
+    : QObject(parent) {
     // Actions are never detached, so the action must outlive this object
     // harmlessly: once the controller is gone it does nothing.
     shortcuts.onKeyUp(ShortcutName::rewriteFocusedField(), [self = QPointer(this)] {
         if (!self)
             return;
         QMetaObject::invokeMethod(
-            self.data(),
-            [self] {
-                if (self && self->m_togglePanel)
-                    self->m_togglePanel();
-            },
-            Qt::QueuedConnection);
+            self.data(), [self] { Q_EMIT self->togglePanelRequested(); }, Qt::QueuedConnection);
     });
 }
 

@@ -124,7 +124,6 @@ void KeyboardShortcuts::setRecorderActive(bool active) {
         for (const Shortcut& shortcut : registered)
             grab(shortcut);
     }
-    Q_EMIT recorderActiveChanged(active);
 }
 
 void KeyboardShortcuts::registerShortcut(const Shortcut& shortcut) {

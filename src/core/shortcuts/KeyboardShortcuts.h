@@ -90,7 +90,6 @@ public:
 Q_SIGNALS:
     // The stored shortcut of the name (its raw value) changed.
     void shortcutChanged(const QString& name);
-    void recorderActiveChanged(bool isActive);
     void deliveryStatusChanged();
     // The system refused a registration; the stored value is kept and the
     // next enable or setShortcut tries again.

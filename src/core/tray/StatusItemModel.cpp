@@ -4,7 +4,6 @@
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
 
-#include <QPointer>
 #include <QUuid>
 
 namespace scrivel {
@@ -25,24 +24,15 @@ void later(QObject* context, F&& fn) {
 } // namespace
 
 StatusItemModel::StatusItemModel(RewriteCoordinator& coordinator, PresetStore& presets,
-                                 Announcer& announcer, Actions actions, Sleep sleep,
-                                 QObject* parent)
+                                 Announcer& announcer, Sleep sleep, QObject* parent)
     : QObject(parent), m_coordinator(coordinator), m_presets(presets), m_announcer(announcer),
-      m_actions(std::move(actions)), m_sleep(std::move(sleep)), m_toolTip(restingToolTip()),
-      m_accessibleValue(tr("Idle")), m_statusLine(tr("Status: Checking…")) {
-    // The coordinator reports from inside a run; the state is applied on the
-    // next turn of the loop, in the order reported.
-    m_coordinator.setUIHandler(
-        [self = QPointer<StatusItemModel>(this)](const OperationUIState& state) {
-            if (!self)
-                return;
-            later(self.data(), [self, state] {
-                if (self)
-                    self->applyState(state);
-            });
-        });
-    connect(&m_presets, &PresetStore::presetsChanged, this, &StatusItemModel::menuChanged);
-    connect(&m_presets, &PresetStore::activePresetIDChanged, this, &StatusItemModel::menuChanged);
+      m_sleep(std::move(sleep)), m_toolTip(restingToolTip()), m_accessibleValue(tr("Idle")),
+      m_statusLine(tr("Status: Checking…")) {
+    // Wherever a preset is renamed, re-configured or chosen, the menu and the
+    // readiness follow.
+    connect(&m_presets, &PresetStore::presetsChanged, this, &StatusItemModel::presetsDidChange);
+    connect(&m_presets, &PresetStore::activePresetIDChanged, this,
+            &StatusItemModel::presetsDidChange);
     refreshReadiness();
 }
 
@@ -53,6 +43,13 @@ QList<StatusItemModel::PresetMenuItem> StatusItemModel::presetMenu() const {
         items.append(
             {preset.displayName(), Preset::idText(preset.id), active && active->id == preset.id});
     return items;
+}
+
+void StatusItemModel::presetsDidChange() {
+    Q_EMIT menuChanged();
+    // Once the change is complete (an import replaces the list, then the
+    // active identifier).
+    later(this, [this] { refreshReadiness(); });
 }
 
 void StatusItemModel::setButton(Look look, const QString& toolTip, const QString& accessibleValue) {
@@ -151,50 +148,35 @@ void StatusItemModel::setNotice(const QString& notice) {
 
 void StatusItemModel::menuWillOpen() {
     m_isMenuOpen = true;
-    if (m_actions.setShortcutEnabled)
-        m_actions.setShortcutEnabled(false);
+    Q_EMIT shortcutEnabledChanged(false);
     Q_EMIT menuChanged();
     later(this, [this] { refreshReadiness(); });
 }
 
 void StatusItemModel::menuDidClose() {
     m_isMenuOpen = false;
-    if (m_actions.setShortcutEnabled)
-        m_actions.setShortcutEnabled(true);
+    Q_EMIT shortcutEnabledChanged(true);
     if (!m_pendingPresentation)
         return;
-    auto presentation = std::exchange(m_pendingPresentation, nullptr);
+    const auto request = std::exchange(m_pendingPresentation, nullptr);
     // One turn for the menu to finish closing (and let go of the pointer and
     // keyboard), then the presentation.
-    later(this, [this, presentation = std::move(presentation)] { later(this, presentation); });
+    later(this, [this, request] { later(this, [this, request] { Q_EMIT(this->*request)(); }); });
 }
 
-void StatusItemModel::present(std::function<void()> presentation) {
+void StatusItemModel::present(void (StatusItemModel::*request)()) {
     if (m_isMenuOpen)
-        m_pendingPresentation = std::move(presentation);
+        m_pendingPresentation = request;
     else
-        presentation();
+        Q_EMIT(this->*request)();
 }
 
 void StatusItemModel::openPanel() {
-    present([this] {
-        if (m_actions.presentPanelCentred)
-            m_actions.presentPanelCentred();
-    });
+    present(&StatusItemModel::panelRequested);
 }
 
 void StatusItemModel::showSettings() {
-    present([this] {
-        if (!m_actions.showSettings)
-            return;
-        m_actions.showSettings([self = QPointer<StatusItemModel>(this)] {
-            if (self)
-                later(self.data(), [self] {
-                    if (self)
-                        self->prewarmAndRefresh();
-                });
-        });
-    });
+    present(&StatusItemModel::settingsRequested);
 }
 
 void StatusItemModel::selectPreset(const QVariant& representedObject) {

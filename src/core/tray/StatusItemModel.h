@@ -10,7 +10,6 @@
 #include <QString>
 #include <QVariant>
 #include <chrono>
-#include <functional>
 #include <optional>
 
 namespace scrivel {
@@ -42,24 +41,14 @@ public:
         friend bool operator==(const PresetMenuItem&, const PresetMenuItem&) = default;
     };
 
-    // What the composition root does for the menu's actions.
-    struct Actions {
-        // Shows the panel centred, with the shortcut hint and no sample text.
-        std::function<void()> presentPanelCentred;
-        // Opens the main window on its settings; the window calls
-        // presetsChanged whenever the user changes presets there.
-        std::function<void(std::function<void()> presetsChanged)> showSettings;
-        // Turns the global shortcut off while the menu is open.
-        std::function<void(bool enabled)> setShortcutEnabled;
-    };
-
     static constexpr std::chrono::milliseconds successRestDelay{2000};
     static constexpr std::chrono::milliseconds otherRestDelay{3000};
 
-    // Installs itself as the coordinator's status display and reads the
-    // active preset's readiness. sleep stands in for the clock in tests.
+    // Reads the active preset's readiness through the coordinator. The runs'
+    // states come in through applyState. sleep stands in for the clock in
+    // tests.
     StatusItemModel(RewriteCoordinator& coordinator, PresetStore& presets, Announcer& announcer,
-                    Actions actions, Sleep sleep = timerSleep, QObject* parent = nullptr);
+                    Sleep sleep = timerSleep, QObject* parent = nullptr);
 
     Look look() const { return m_look; }
     const QString& toolTip() const { return m_toolTip; }
@@ -68,14 +57,15 @@ public:
     const QString& statusLine() const { return m_notice.isEmpty() ? m_statusLine : m_notice; }
     bool isWorking() const { return m_isWorking; }
     bool isMenuOpen() const { return m_isMenuOpen; }
-    bool hasPendingPresentation() const { return bool(m_pendingPresentation); }
     // Every preset in store order, the active one checked.
     QList<PresetMenuItem> presetMenu() const;
 
     // Shows one run state; a result look returns to rest after its delay
     // unless a newer state comes first.
     void applyState(const OperationUIState& state);
-    // Reads the status line and the active preset's readiness again.
+    // Reads the status line and the active preset's readiness again: when
+    // the presets change (followed here), when an API key changes (the app
+    // connects the key store), when the menu opens and after a result.
     void refreshReadiness();
     // Puts a notice in the status line, in front of every run state and
     // readiness line, until it is cleared with an empty one: a problem the
@@ -84,6 +74,8 @@ public:
 
     void menuWillOpen();
     void menuDidClose();
+    // The menu's "Open Panel" and "Settings…": asked for once the menu has
+    // closed (panelRequested, settingsRequested).
     void openPanel();
     void showSettings();
     // representedObject is a preset item's; anything but a UUID text is
@@ -95,17 +87,24 @@ Q_SIGNALS:
     void buttonChanged();
     // The status line or the preset list changed: render the menu again.
     void menuChanged();
+    // Show the panel centred, with the shortcut hint and no sample text.
+    void panelRequested();
+    // Open the main window on its settings.
+    void settingsRequested();
+    // The global shortcut is off while the menu is open, so that pressing it
+    // there does not open the panel behind the menu.
+    void shortcutEnabledChanged(bool enabled);
 
 private:
+    void presetsDidChange();
     void setButton(Look look, const QString& toolTip, const QString& accessibleValue);
     void returnToRest();
     void prewarmAndRefresh();
-    void present(std::function<void()> presentation);
+    void present(void (StatusItemModel::*request)());
 
     RewriteCoordinator& m_coordinator;
     PresetStore& m_presets;
     Announcer& m_announcer;
-    Actions m_actions;
     Sleep m_sleep;
 
     Look m_look = Look::wand;
@@ -115,7 +114,8 @@ private:
     QString m_notice;
     bool m_isWorking = false;
     bool m_isMenuOpen = false;
-    std::function<void()> m_pendingPresentation;
+    // The request waiting for the menu to close.
+    void (StatusItemModel::*m_pendingPresentation)() = nullptr;
     SleepFuture m_feedbackReset;
     Future<std::optional<UnavailableReason>> m_readiness;
 };

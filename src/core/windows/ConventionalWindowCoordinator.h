@@ -4,7 +4,6 @@
 #include "core/windows/ConventionalWindowTracker.h"
 
 #include <QObject>
-#include <functional>
 
 namespace scrivel {
 
@@ -14,11 +13,6 @@ namespace scrivel {
 class ConventionalWindowCoordinator {
 public:
     explicit ConventionalWindowCoordinator(ActivationPolicy& policy) : m_policy(policy) {}
-
-    // The process's one coordinator. install() sets it up at start-up; before
-    // that (and in tools) it switches a policy that only remembers its value.
-    static ConventionalWindowCoordinator& shared();
-    static void install(ActivationPolicy& policy);
 
     // A window is shown (again); call before bringing it to the front.
     void track(const QObject* window);

@@ -19,9 +19,9 @@ namespace scrivel {
 
 // The long-lived services on Linux, shared by the desktop app and the CLI:
 // the user's settings, the Secret Service (or the private file store where
-// none runs; SCRIVEL_SECRET_STORE=file forces it), the provider hub and the
-// rewrite coordinator. Seeding the preset store is left to the caller, which
-// decides when in its start-up that happens.
+// none runs; SCRIVEL_SECRET_STORE=file forces it), the provider hub, the
+// rewrite coordinator and the wake from sleep. Seeding the preset store is left to the caller,
+// which decides when in its start-up that happens.
 class LinuxServices {
 public:
     LinuxServices();
@@ -37,6 +37,9 @@ public:
     // where no Secret Service runs.
     QString settingsFile() const { return m_settingsFile.fileName(); }
     QString keyFile() const { return m_fileStore.filePath(); }
+    // The machine woke from sleep (systemd-logind); the coordinator checks
+    // its runs' deadlines then.
+    WakeObserver& wake() { return m_wake; }
 
     // Told once, with the file's path, when the private key file is found
     // damaged (by default a warning in the log).
@@ -53,7 +56,7 @@ private:
     std::unique_ptr<APIKeyStore> m_keys;
     std::unique_ptr<ProviderHub> m_hub;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
-    LogindWakeObserver m_wake; // re-checks rewrite deadlines on wake
+    LogindWakeObserver m_wake;
 };
 
 } // namespace scrivel

@@ -3,11 +3,9 @@
 #include "core/editor/MainWindowModel.h"
 #include "core/editor/PresetEditorModel.h"
 #include "core/presets/PresetStore.h"
-#include "core/presets/ShippedPacks.h"
 #include "core/storage/KeyStorePlace.h"
 #include "core/storage/SettingsStore.h"
 #include "ui/editor/PresetEditorView.h"
-#include "ui/editor/PresetPackPickerDialog.h"
 #include "ui/editor/PresetSidebar.h"
 #include "ui/tray/TintedIcon.h"
 #include "ui/widgets/MessageBoxTitle.h"
@@ -152,8 +150,6 @@ MainWindow::MainWindow(MainWindowModel& model, const MainWindowServices& service
     connect(&m_model, &MainWindowModel::selectionChanged, this, &MainWindow::showDetail);
     connect(&m_model, &MainWindowModel::deleteConfirmationChanged, this,
             &MainWindow::showDeleteConfirmation, Qt::QueuedConnection);
-    connect(&m_model, &MainWindowModel::isShowingPackPickerChanged, this,
-            &MainWindow::showPackPicker);
     connect(&m_model.store(), &PresetStore::activePresetIDChanged, this,
             &MainWindow::refreshActiveState);
     connect(&m_model.store(), &PresetStore::presetsChanged, this, [this] {
@@ -166,8 +162,6 @@ MainWindow::MainWindow(MainWindowModel& model, const MainWindowServices& service
             showDetail();
     });
     showDetail();
-    if (m_model.isShowingPackPicker())
-        showPackPicker();
 }
 
 MainWindow::~MainWindow() {
@@ -296,8 +290,8 @@ void MainWindow::showDetail() {
     if (preset && m_services.store && m_services.keys) {
         m_editedPresetID = preset->id;
         m_editorModel = std::make_unique<PresetEditorModel>(
-            *preset, *m_services.store, m_model.onChanged(), *m_services.keys,
-            m_services.loadModels, m_services.runTestTransform,
+            *preset, *m_services.store, *m_services.keys, m_services.loadModels,
+            m_services.runTestTransform,
             PresetEditorModel::Options{m_services.editorDebounce, nullptr});
         const QUuid id = preset->id;
         auto* scroll = new QScrollArea(m_detailArea);
@@ -348,29 +342,6 @@ void MainWindow::showDeleteConfirmation() {
         m_model.confirmDeletion();
     else
         m_model.cancelDeletion();
-}
-
-void MainWindow::showPackPicker() {
-    if (!m_model.isShowingPackPicker()) {
-        if (m_packPicker)
-            m_packPicker->close();
-        return;
-    }
-    if (m_packPicker)
-        return;
-    const QList<PresetPackDocument> packs = m_services.packs ? m_services.packs() : shippedPacks();
-    m_packPicker = new PresetPackPickerDialog(packs, this);
-    m_packPicker->setAttribute(Qt::WA_DeleteOnClose);
-    m_packPicker->setWindowModality(Qt::WindowModal);
-    connect(m_packPicker, &QDialog::finished, this,
-            [this] { m_model.setShowingPackPicker(false); });
-    connect(m_packPicker, &PresetPackPickerDialog::addRequested, this,
-            [this](const PresetPackDocument& pack) {
-                Q_EMIT packChosen(pack);
-                if (m_packPicker)
-                    m_packPicker->accept();
-            });
-    m_packPicker->open();
 }
 
 void MainWindow::restoreFrame() {

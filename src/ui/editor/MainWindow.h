@@ -1,10 +1,8 @@
 #pragma once
 
 #include "ui/editor/MainWindowServices.h"
-#include "ui/editor/PresetPackPickerDialog.h"
 
 #include <QMainWindow>
-#include <QPointer>
 #include <QUuid>
 #include <memory>
 
@@ -37,7 +35,6 @@ public:
     PresetEditorView* editorView() const { return m_editorView; }
     PresetEditorModel* editorModel() const { return m_editorModel.get(); }
     QWidget* detail() const { return m_detailWidget; }
-    PresetPackPickerDialog* packPicker() const { return m_packPicker; }
     // The About box's text: version, what Scrivel does, its licence and
     // where it keeps settings and keys.
     QString aboutText() const;
@@ -53,8 +50,6 @@ Q_SIGNALS:
     void exportAllRequested();
     void exportRequested(const QUuid& id);
     void addFromPackRequested();
-    // A pack was chosen in the picker.
-    void packChosen(const scrivel::PresetPackDocument& pack);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -66,7 +61,6 @@ private:
     void showAbout();
     void showDetail();
     void showDeleteConfirmation();
-    void showPackPicker();
     void refreshActiveState();
 
     MainWindowModel& m_model;
@@ -79,7 +73,6 @@ private:
     std::unique_ptr<PresetEditorModel> m_editorModel;
     std::optional<QUuid> m_editedPresetID;
     Future<std::optional<UnavailableReason>> m_onDeviceStatus;
-    QPointer<PresetPackPickerDialog> m_packPicker;
     QMenu* m_editMenu = nullptr;
     // The widget the Edit menu acts on: the last one in this window that
     // had the focus.

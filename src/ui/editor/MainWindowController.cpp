@@ -3,6 +3,7 @@
 #include "core/editor/MainWindowModel.h"
 #include "core/presets/PresetStore.h"
 #include "core/presets/PresetTransfer.h"
+#include "core/presets/ShippedPacks.h"
 #include "ui/editor/FileDialogTransferUI.h"
 #include "ui/editor/MainWindow.h"
 
@@ -10,11 +11,7 @@ namespace scrivel {
 
 MainWindowController::MainWindowController(MainWindowServices services, QObject* parent)
     : QObject(parent), m_services(std::move(services)),
-      m_model(
-          std::make_unique<MainWindowModel>(*m_services.store, [this] { presetsDidChange(); })) {
-    connect(&PresetTransferNotifier::instance(), &PresetTransferNotifier::didImport, this,
-            [this](std::optional<QUuid> firstAffectedID) { m_model->didImport(firstAffectedID); });
-}
+      m_model(std::make_unique<MainWindowModel>(*m_services.store)) {}
 
 MainWindowController::~MainWindowController() {
     if (m_window) {
@@ -27,25 +24,17 @@ MainWindow* MainWindowController::window() const {
     return m_window;
 }
 
-void MainWindowController::presetsDidChange() {
-    if (m_presetsChanged)
-        m_presetsChanged();
-}
-
-void MainWindowController::present(bool selectSettings, std::function<void()> presetsChanged) {
+void MainWindowController::present(bool selectSettings) {
     m_model->prepareSelection(selectSettings);
-    show(std::move(presetsChanged));
+    show();
 }
 
-void MainWindowController::presentPreset(const QUuid& presetID,
-                                         std::function<void()> presetsChanged) {
+void MainWindowController::presentPreset(const QUuid& presetID) {
     m_model->prepareSelection(presetID);
-    show(std::move(presetsChanged));
+    show();
 }
 
-void MainWindowController::show(std::function<void()> presetsChanged) {
-    if (presetsChanged)
-        m_presetsChanged = std::move(presetsChanged);
+void MainWindowController::show() {
     if (!m_window) {
         m_window = new MainWindow(*m_model, m_services);
         connect(m_window, &MainWindow::settingsRequested, this,
@@ -57,14 +46,6 @@ void MainWindowController::show(std::function<void()> presetsChanged) {
                 [this](const QUuid& id) { exportPresets(QSet<QUuid>{id}); });
         connect(m_window, &MainWindow::addFromPackRequested, this,
                 &MainWindowController::addFromPack);
-        connect(m_window, &MainWindow::packChosen, this, [this](const PresetPackDocument& pack) {
-            FileDialogTransferUI ui(m_window);
-            if (PresetTransfer::addShippedPack(*m_services.store, pack, ui))
-                presetsDidChange();
-        });
-        MainWindow* window = m_window;
-        connect(m_window, &QObject::destroyed, this,
-                [this, window] { Q_EMIT windowClosed(window); });
         m_window->restoreFrame();
     }
     if (m_window->isMinimized())
@@ -83,9 +64,7 @@ void MainWindowController::showSettings() {
 void MainWindowController::importPresets() {
     present(false);
     FileDialogTransferUI ui(m_window);
-    PresetTransfer::importFromFile(*m_services.store, ui);
-    // Imported presets may include the active one; it is prepared again.
-    presetsDidChange();
+    m_model->didImport(PresetTransfer::importFromFile(*m_services.store, ui));
 }
 
 void MainWindowController::exportPresets() {
@@ -102,7 +81,20 @@ void MainWindowController::exportPresets(const QSet<QUuid>& ids) {
 
 void MainWindowController::addFromPack() {
     present(false);
-    m_model->setShowingPackPicker(true);
+    if (m_packPicker)
+        return;
+    const QList<PresetPackDocument> packs = m_services.packs ? m_services.packs() : shippedPacks();
+    m_packPicker = new PresetPackPickerDialog(packs, m_window);
+    m_packPicker->setAttribute(Qt::WA_DeleteOnClose);
+    m_packPicker->setWindowModality(Qt::WindowModal);
+    connect(m_packPicker, &PresetPackPickerDialog::addRequested, this,
+            [this](const PresetPackDocument& pack) {
+                FileDialogTransferUI ui(m_window);
+                m_model->didImport(PresetTransfer::addShippedPack(*m_services.store, pack, ui));
+                if (m_packPicker)
+                    m_packPicker->accept();
+            });
+    m_packPicker->open();
 }
 
 } // namespace scrivel

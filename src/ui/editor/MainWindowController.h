@@ -1,12 +1,12 @@
 #pragma once
 
 #include "ui/editor/MainWindowServices.h"
+#include "ui/editor/PresetPackPickerDialog.h"
 
 #include <QObject>
 #include <QPointer>
 #include <QSet>
 #include <QUuid>
-#include <functional>
 #include <memory>
 
 class QWidget;
@@ -16,10 +16,10 @@ namespace scrivel {
 class MainWindow;
 class MainWindowModel;
 
-// Presents the one main window and runs the pack flows for it. The
-// application's menus, the tray and the panel all open the window through
-// present(); the window tracker hears of it through windowShown and
-// windowClosed.
+// Presents the one main window and runs the pack flows for it, opening their
+// dialogs (files, the pack picker) over the window. The application's menus,
+// the tray and the panel all open the window through present(); windowShown
+// tells the app (which tracks the window until it closes).
 class MainWindowController : public QObject {
     Q_OBJECT
 
@@ -29,11 +29,10 @@ public:
 
     // Opens the window on the settings or on the presets (the selected one
     // when it still exists, else the active one), or brings the open window
-    // to the front. presetsChanged is called after every change of a preset
-    // made in the window, and after imports.
-    void present(bool selectSettings, std::function<void()> presetsChanged = {});
+    // to the front.
+    void present(bool selectSettings);
     // Opens the window on this preset (when the store still holds it).
-    void presentPreset(const QUuid& presetID, std::function<void()> presetsChanged = {});
+    void presentPreset(const QUuid& presetID);
 
     // The main menu's actions. Each opens the window on the presets first.
     void showSettings();
@@ -42,28 +41,22 @@ public:
     void exportPresets(const QSet<QUuid>& ids);
     void addFromPack();
 
-    // The page shown for the sidebar's Settings entry, from the next time the
-    // detail area shows it.
-    void setSettingsPage(std::function<QWidget*(QWidget* parent)> factory) {
-        m_services.settingsPage = std::move(factory);
-    }
-
     MainWindow* window() const;
     MainWindowModel& model() const { return *m_model; }
+    // The pack picker while it is open.
+    PresetPackPickerDialog* packPicker() const { return m_packPicker; }
 
 Q_SIGNALS:
-    // The window was shown (made or brought to the front) and closed.
+    // The window was shown (made or brought to the front).
     void windowShown(QWidget* window);
-    void windowClosed(QWidget* window);
 
 private:
-    void presetsDidChange();
-    void show(std::function<void()> presetsChanged);
+    void show();
 
     MainWindowServices m_services;
     std::unique_ptr<MainWindowModel> m_model;
     QPointer<MainWindow> m_window;
-    std::function<void()> m_presetsChanged;
+    QPointer<PresetPackPickerDialog> m_packPicker;
 };
 
 } // namespace scrivel

@@ -28,11 +28,9 @@ QList<PanelScreen> currentScreens() {
 } // namespace
 
 FixPanelController::FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator,
-                                       FixPanelModel::OpenPresets openPresets,
-                                       FixPanelModel::CopyResult copyResult,
-                                       PanelWindowTraits traits, QObject* parent)
-    : QObject(parent), m_presets(presets),
-      m_model(presets, coordinator, std::move(openPresets), std::move(copyResult)),
+                                       Clipboard& clipboard, PanelWindowTraits traits,
+                                       QObject* parent)
+    : QObject(parent), m_presets(presets), m_model(presets, coordinator, clipboard),
       m_traits(std::move(traits)) {}
 
 FixPanelController::~FixPanelController() {
@@ -43,32 +41,21 @@ bool FixPanelController::isPanelVisible() const {
     return m_panel && m_panel->isVisible();
 }
 
-void FixPanelController::setShortcutHint(FixPanelView::ShortcutHint shortcutHint) {
-    m_shortcutHint = std::move(shortcutHint);
+void FixPanelController::setShortcutHint(const std::optional<QString>& shortcutHint) {
+    m_shortcutHint = shortcutHint;
     if (m_view)
         m_view->setShortcutHint(m_shortcutHint);
-}
-
-void FixPanelController::refreshShortcutHint() {
-    if (m_view)
-        m_view->refreshShortcutHint();
 }
 
 void FixPanelController::ensurePanel() {
     if (m_panel)
         return;
     m_panel = new FixPanelWindow(m_traits.composited);
-    QPointer<FixPanelController> self(this);
-    m_view = new FixPanelView(m_model, m_presets, [self] {
-        if (self)
-            self->dismiss();
-    });
+    m_view = new FixPanelView(m_model, m_presets);
     m_view->setShortcutHint(m_shortcutHint);
     m_panel->setContent(m_view);
-    m_panel->setOnResignKey([self] {
-        if (self)
-            self->resignKey();
-    });
+    connect(m_view, &FixPanelView::exitRequested, this, &FixPanelController::dismiss);
+    connect(m_panel, &FixPanelWindow::deactivated, this, &FixPanelController::panelDeactivated);
     m_panel->setPlacementRule([this](const QSize& size) { return frameKeptOnScreen(size); });
     // After a drag the window's own position is the one to keep.
     connect(m_panel, &FixPanelWindow::dragStarted, this, [this] { m_origin.reset(); });
@@ -119,7 +106,7 @@ void FixPanelController::dismiss() {
     resetAndHide();
 }
 
-void FixPanelController::resignKey() {
+void FixPanelController::panelDeactivated() {
     if (m_handingBack || m_model.stage().kind == PanelStage::Kind::working)
         return;
     resetAndHide();

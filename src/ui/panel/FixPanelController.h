@@ -12,6 +12,7 @@
 
 namespace scrivel {
 
+class Clipboard;
 class FixPanelView;
 class PresetStore;
 class RewriteCoordinator;
@@ -36,8 +37,7 @@ class FixPanelController : public QObject {
     Q_OBJECT
 
 public:
-    FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator,
-                       FixPanelModel::OpenPresets openPresets, FixPanelModel::CopyResult copyResult,
+    FixPanelController(PresetStore& presets, RewriteCoordinator& coordinator, Clipboard& clipboard,
                        PanelWindowTraits traits = {}, QObject* parent = nullptr);
     ~FixPanelController() override;
 
@@ -47,9 +47,9 @@ public:
     FixPanelView* view() const { return m_view; }
     bool isPanelVisible() const;
 
-    // Where the hint reads its sentence about the global shortcut.
-    void setShortcutHint(FixPanelView::ShortcutHint shortcutHint);
-    void refreshShortcutHint();
+    // The hint's sentence about the global shortcut, or nothing; set again
+    // whenever the shortcut or the way it is delivered changes.
+    void setShortcutHint(const std::optional<QString>& shortcutHint);
 
     void present(const QPoint& globalPoint);
     void presentCentered(const std::optional<QString>& sampleText);
@@ -78,7 +78,7 @@ Q_SIGNALS:
 
 private:
     void ensurePanel();
-    void resignKey();
+    void panelDeactivated();
     // A shown panel that grows (a long reply streaming in) moves up rather
     // than past the bottom of the screen.
     QRect frameKeptOnScreen(const QSize& size);
@@ -87,7 +87,7 @@ private:
     PresetStore& m_presets;
     FixPanelModel m_model;
     PanelWindowTraits m_traits;
-    FixPanelView::ShortcutHint m_shortcutHint;
+    std::optional<QString> m_shortcutHint;
     QPointer<FixPanelWindow> m_panel;
     // The top-left corner last given to the shown panel; none after a drag.
     std::optional<QPoint> m_origin;

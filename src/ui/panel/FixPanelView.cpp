@@ -33,10 +33,9 @@ constexpr qreal focusRingGap = 3;
 constexpr qreal focusRingRadius = 5;
 } // namespace
 
-FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
-                           QWidget* parent)
-    : QWidget(parent), m_model(model), m_presets(presets), m_onExit(std::move(onExit)),
-      m_editor(new PanelTextEditor(this)), m_outcome(new SettingsStatusLabel(this)),
+FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, QWidget* parent)
+    : QWidget(parent), m_model(model), m_presets(presets), m_editor(new PanelTextEditor(this)),
+      m_outcome(new SettingsStatusLabel(this)),
       m_controls(new FixPanelControlsRow(model, presets, this)), m_hint(new QLabel(this)) {
     setFixedWidth(panelWidth);
 
@@ -76,7 +75,7 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     m_hint->setPalette(secondary);
     layout->addWidget(m_hint);
 
-    m_editor->setOnSubmit([this] { m_model.run(); });
+    connect(m_editor, &PanelTextEditor::submitted, &m_model, &FixPanelModel::run);
     connect(m_editor, &QPlainTextEdit::textChanged, this, &FixPanelView::onEditorTextChanged);
 
     m_frameTimer.setSingleShot(true);
@@ -89,13 +88,10 @@ FixPanelView::FixPanelView(FixPanelModel& model, PresetStore& presets, std::func
     auto* exit = new QAction(this);
     exit->setShortcut(Qt::Key_Escape);
     exit->setShortcutContext(Qt::WindowShortcut);
-    connect(exit, &QAction::triggered, this, [this] {
-        if (m_onExit)
-            m_onExit();
-    });
+    connect(exit, &QAction::triggered, this, &FixPanelView::exitRequested);
     addAction(exit);
 
-    connect(&m_model, &FixPanelModel::textChanged, this, &FixPanelView::onModelTextChanged);
+    connect(&m_model, &FixPanelModel::textReplaced, this, &FixPanelView::onModelTextReplaced);
     connect(&m_model, &FixPanelModel::stageChanged, this, &FixPanelView::applyState);
     connect(&m_model, &FixPanelModel::originalTextChanged, this, &FixPanelView::applyState);
     connect(&m_model, &FixPanelModel::showsShortcutHintChanged, this,
@@ -138,14 +134,13 @@ void FixPanelView::paintEvent(QPaintEvent*) {
         focusRingRadius, focusRingRadius);
 }
 
-void FixPanelView::setShortcutHint(ShortcutHint shortcutHint) {
-    m_shortcutHint = std::move(shortcutHint);
+void FixPanelView::setShortcutHint(const std::optional<QString>& shortcutHint) {
+    m_shortcutHint = shortcutHint;
     refreshShortcutHint();
 }
 
 void FixPanelView::refreshShortcutHint() {
-    const std::optional<QString> hint =
-        m_model.showsShortcutHint() && m_shortcutHint ? m_shortcutHint() : std::nullopt;
+    const std::optional<QString> hint = m_model.showsShortcutHint() ? m_shortcutHint : std::nullopt;
     m_hint->setText(hint.value_or(QString()));
     m_hint->setVisible(hint.has_value());
 }
@@ -160,11 +155,7 @@ void FixPanelView::selectAllText() {
     m_editor->selectAll();
 }
 
-void FixPanelView::onModelTextChanged() {
-    // Every change of the text, the model's own included, goes back to it.
-    m_model.textDidChange();
-    if (m_applyingEditorText)
-        return;
+void FixPanelView::onModelTextReplaced() {
     m_textPending = true;
     if (!m_frameTimer.isActive()) {
         showModelText();
@@ -193,9 +184,7 @@ void FixPanelView::showModelText() {
 void FixPanelView::onEditorTextChanged() {
     if (m_applyingModelText)
         return;
-    m_applyingEditorText = true;
-    m_model.setText(m_editor->exactText());
-    m_applyingEditorText = false;
+    m_model.editText(m_editor->exactText());
     m_shownText = m_model.textSnapshot();
     m_editor->fitLinesTo(m_shownText.view());
     applyState();

@@ -7,7 +7,6 @@
 #include <QPixmap>
 #include <QTimer>
 #include <QWidget>
-#include <functional>
 #include <optional>
 
 class QAction;
@@ -24,21 +23,16 @@ class SettingsStatusLabel;
 
 // The panel's content: the text field with its icon, a divider, the outcome
 // of the last run, the controls row and the shortcut hint. It shows the model
-// and forwards what the user does to it.
+// and forwards what the user does to it; Escape is left to its owner
+// (exitRequested).
 class FixPanelView : public QWidget {
     Q_OBJECT
 
 public:
+    FixPanelView(FixPanelModel& model, PresetStore& presets, QWidget* parent = nullptr);
+
     // The hint's sentence about the global shortcut, or nothing.
-    using ShortcutHint = std::function<std::optional<QString>()>;
-
-    FixPanelView(FixPanelModel& model, PresetStore& presets, std::function<void()> onExit,
-                 QWidget* parent = nullptr);
-
-    // Where the hint reads its sentence.
-    void setShortcutHint(ShortcutHint shortcutHint);
-    // Call when the global shortcut changes.
-    void refreshShortcutHint();
+    void setShortcutHint(const std::optional<QString>& shortcutHint);
     // Shows the model's newest text at once instead of at the next frame.
     void flushText();
     // Selects the whole text, so that typing or pasting replaces it.
@@ -50,11 +44,16 @@ public:
     QLabel* hint() const { return m_hint; }
     const QList<QAction*>& presetKeys() const { return m_presetKeys; }
 
+Q_SIGNALS:
+    // Escape: cancel a run, or else hide the panel.
+    void exitRequested();
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void onModelTextChanged();
+    void refreshShortcutHint();
+    void onModelTextReplaced();
     void showModelText();
     void onEditorTextChanged();
     void applyState();
@@ -63,8 +62,7 @@ private:
 
     FixPanelModel& m_model;
     PresetStore& m_presets;
-    std::function<void()> m_onExit;
-    ShortcutHint m_shortcutHint;
+    std::optional<QString> m_shortcutHint;
 
     PanelTextEditor* m_editor;
     SettingsStatusLabel* m_outcome;
@@ -79,8 +77,9 @@ private:
     QTimer m_frameTimer;
     bool m_textPending = false;
     TextSnapshot m_shownText;
+    // Set while the field is given the model's text: the field's own change
+    // signal is then not a user's edit.
     bool m_applyingModelText = false;
-    bool m_applyingEditorText = false;
 };
 
 } // namespace scrivel

@@ -70,8 +70,8 @@ void FixPanelWindow::fitToContent() {
 }
 
 bool FixPanelWindow::event(QEvent* event) {
-    if (event->type() == QEvent::WindowDeactivate && isVisible() && m_onResignKey)
-        m_onResignKey();
+    if (event->type() == QEvent::WindowDeactivate && isVisible())
+        Q_EMIT deactivated();
     const bool handled = QWidget::event(event);
     // Every change of the content's size hint ends in a layout request here,
     // after the layout has measured the content again.

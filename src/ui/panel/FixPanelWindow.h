@@ -1,13 +1,12 @@
 #pragma once
 
 #include <QWidget>
-#include <functional>
 
 namespace scrivel {
 
 // The floating panel's window: frameless, above other windows, kept out of
-// the taskbar and window cycling, with a rounded background. Escape and the
-// loss of focus are handed to its owner. Dragging the background moves it.
+// the taskbar and window cycling, with a rounded background. The loss of
+// focus is reported (deactivated). Dragging the background moves it.
 class FixPanelWindow : public QWidget {
     Q_OBJECT
 
@@ -26,15 +25,14 @@ public:
     // one step, so the window is never seen at the new size in the old place.
     using PlacementRule = std::function<QRect(const QSize& size)>;
     void setPlacementRule(PlacementRule rule) { m_placementRule = std::move(rule); }
-    void setOnResignKey(std::function<void()> onResignKey) {
-        m_onResignKey = std::move(onResignKey);
-    }
 
     static constexpr int cornerRadius = 14;
 
 Q_SIGNALS:
     // The user started to drag the window somewhere else.
     void dragStarted();
+    // The visible panel lost the keyboard focus to another window.
+    void deactivated();
 
 protected:
     bool event(QEvent* event) override;
@@ -50,7 +48,6 @@ private:
 
     QSize contentSize() const;
     void setFrame(const QRect& frame);
-    std::function<void()> m_onResignKey;
     QPoint m_dragOffset;
     bool m_dragging = false;
 };

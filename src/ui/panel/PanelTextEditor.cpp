@@ -35,8 +35,7 @@ void PanelTextEditor::keyPressEvent(QKeyEvent* event) {
     const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
     if (modifiers == Qt::NoModifier) {
         event->accept();
-        if (m_onSubmit)
-            m_onSubmit();
+        Q_EMIT submitted();
         return;
     }
     if (modifiers == Qt::ShiftModifier) {

@@ -2,8 +2,6 @@
 
 #include "ui/panel/BoundedTextEditor.h"
 
-#include <functional>
-
 namespace scrivel {
 
 // The panel's text field: Return without modifiers submits, Shift+Return
@@ -14,17 +12,17 @@ class PanelTextEditor : public BoundedTextEditor {
 public:
     explicit PanelTextEditor(QWidget* parent = nullptr);
 
-    void setOnSubmit(std::function<void()> onSubmit) { m_onSubmit = std::move(onSubmit); }
     // Disabled while a run streams its reply in; the reply stays readable.
     void setDisabledWhileWorking(bool disabled);
     // Sizes the field for this text by the panel's line rule.
     void fitLinesTo(QStringView text);
 
+Q_SIGNALS:
+    // Return without modifiers: run.
+    void submitted();
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-
-private:
-    std::function<void()> m_onSubmit;
 };
 
 } // namespace scrivel

@@ -1,10 +1,10 @@
 #include "ui/tray/StatusItemController.h"
 
-#include "core/settings/UpdaterController.h"
 #include "ui/tray/TintedIcon.h"
 
 #include <QAction>
 #include <QActionGroup>
+#include <QCoreApplication>
 #include <QCursor>
 #include <QIconEngine>
 #include <QMenu>
@@ -97,18 +97,10 @@ QIcon StatusItemController::iconFor(StatusItemModel::Look look) {
 }
 
 StatusItemController::StatusItemController(RewriteCoordinator& coordinator, PresetStore& presets,
-                                           UpdaterController& updater, Announcer& announcer,
-                                           Actions actions, QObject* parent)
-    : QObject(parent), m_updater(updater), m_actions(std::move(actions)), m_menu(new QMenu) {
-    StatusItemModel::Actions modelActions;
-    modelActions.presentPanelCentred = m_actions.presentPanelCentred;
-    modelActions.setShortcutEnabled = m_actions.setShortcutEnabled;
-    if (m_actions.showSettings)
-        modelActions.showSettings = [this](std::function<void()> presetsChanged) {
-            m_actions.showSettings(m_updater, std::move(presetsChanged));
-        };
-    m_model = new StatusItemModel(coordinator, presets, announcer, std::move(modelActions),
-                                  timerSleep, this);
+                                           Announcer& announcer, QObject* parent)
+    : QObject(parent),
+      m_model(new StatusItemModel(coordinator, presets, announcer, timerSleep, this)),
+      m_menu(new QMenu) {
 
     buildMenu();
     m_tray.setContextMenu(m_menu);
@@ -136,10 +128,6 @@ StatusItemController::StatusItemController(RewriteCoordinator& coordinator, Pres
 StatusItemController::~StatusItemController() {
     m_tray.hide();
     delete m_menu;
-}
-
-void StatusItemController::setTrayCheckInterval(std::chrono::milliseconds interval) {
-    m_trayCheck.setInterval(interval);
 }
 
 void StatusItemController::setExportedMenuBound(std::chrono::milliseconds bound) {
@@ -177,8 +165,6 @@ void StatusItemController::buildMenu() {
     m_openPanelItem->setStatusTip(tr("Opens the Scrivel panel"));
     m_openPanelItem->setWhatsThis(tr("Opens the Scrivel panel"));
     connect(m_openPanelItem, &QAction::triggered, m_model, &StatusItemModel::openPanel);
-    if (m_actions.bindOpenPanelAction)
-        m_actions.bindOpenPanelAction(m_openPanelItem);
 
     m_presetMenu = m_menu->addMenu(tr("Preset"));
     m_menu->addSeparator();
@@ -190,10 +176,7 @@ void StatusItemController::buildMenu() {
     m_menu->addSeparator();
 
     m_quitItem = m_menu->addAction(tr("Quit Scrivel"));
-    connect(m_quitItem, &QAction::triggered, this, [this] {
-        if (m_actions.quit)
-            m_actions.quit();
-    });
+    connect(m_quitItem, &QAction::triggered, qApp, &QCoreApplication::quit);
 
     connect(m_menu, &QMenu::aboutToShow, this, &StatusItemController::menuOpened);
     // Qt reports the closing before the chosen item's action; closing on the

@@ -9,7 +9,6 @@
 #include <QSystemTrayIcon>
 #include <QTimer>
 #include <chrono>
-#include <functional>
 
 class QAction;
 class QActionGroup;
@@ -20,7 +19,6 @@ namespace scrivel {
 class Announcer;
 class PresetStore;
 class RewriteCoordinator;
-class UpdaterController;
 
 // Scrivel's item in the system tray: the icon follows the current run and the
 // active preset's readiness, and its menu offers the status line, the panel,
@@ -31,30 +29,17 @@ class StatusItemController : public QObject {
     Q_OBJECT
 
 public:
-    struct Actions {
-        // Shows the panel centred, with the shortcut hint and no sample text.
-        std::function<void()> presentPanelCentred;
-        // Opens the main window on its settings.
-        std::function<void(UpdaterController& updater, std::function<void()> presetsChanged)>
-            showSettings;
-        // Turns the global shortcut off while the menu is open, on after.
-        std::function<void(bool enabled)> setShortcutEnabled;
-        // Shows the global shortcut on "Open Panel" and keeps it current.
-        std::function<void(QAction* openPanel)> bindOpenPanelAction;
-        std::function<void()> quit;
-    };
-
+    // What the menu's items ask for comes from the model's signals; "Quit
+    // Scrivel" quits the application.
     StatusItemController(RewriteCoordinator& coordinator, PresetStore& presets,
-                         UpdaterController& updater, Announcer& announcer, Actions actions,
-                         QObject* parent = nullptr);
+                         Announcer& announcer, QObject* parent = nullptr);
     ~StatusItemController() override;
 
     StatusItemModel& model() { return *m_model; }
     QSystemTrayIcon& trayIcon() { return m_tray; }
     QMenu& menu() { return *m_menu; }
-
-    // How often to look for a tray while there is none.
-    void setTrayCheckInterval(std::chrono::milliseconds interval);
+    // "Open Panel", which shows the global shortcut that does the same.
+    QAction* openPanelAction() const { return m_openPanelItem; }
     // How long a menu shown by the tray host over D-Bus counts as open when
     // the host never says it closed.
     void setExportedMenuBound(std::chrono::milliseconds bound);
@@ -76,8 +61,6 @@ private:
     void menuOpened();
     void menuClosed();
 
-    UpdaterController& m_updater;
-    Actions m_actions;
     StatusItemModel* m_model;
     QSystemTrayIcon m_tray;
     QMenu* m_menu;

@@ -35,7 +35,7 @@ void MainWindowModelTest::init() {
     m_store = std::make_unique<PresetStore>(*m_settings);
     m_store->seedIfEmpty(false);
     QVERIFY(m_store->presets().size() >= 3);
-    m_model = std::make_unique<MainWindowModel>(*m_store, [] {});
+    m_model = std::make_unique<MainWindowModel>(*m_store);
 }
 
 void MainWindowModelTest::addCopiesTheSelectedOrTheActivePreset_data() {

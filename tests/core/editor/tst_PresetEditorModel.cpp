@@ -5,6 +5,7 @@
 #include "core/support/Translations.h"
 #include "support/FakeKeyStore.h"
 #include "support/InMemorySettingsStore.h"
+#include "support/TestSupport.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -121,6 +122,8 @@ void PresetEditorModelTest::initTestCase() {
 void PresetEditorModelTest::init() {
     m_settings = std::make_unique<InMemorySettingsStore>();
     m_store = std::make_unique<PresetStore>(*m_settings);
+    // Saves count as they reach the store.
+    connect(m_store.get(), &PresetStore::presetsChanged, this, [this] { ++m_changes; });
     m_keys = FakeKeyStore();
     m_cache.clear();
     m_loads.clear();
@@ -142,8 +145,9 @@ std::unique_ptr<PresetEditorModel> PresetEditorModelTest::open(const Preset& pre
         m_tests.append(test);
         return future;
     };
+    m_changes = 0; // saves of the editor only, not the presets stored before
     return std::make_unique<PresetEditorModel>(
-        preset, *m_store, [this] { ++m_changes; }, m_keys, loader, tester,
+        preset, *m_store, m_keys, loader, tester,
         PresetEditorModel::Options{std::chrono::milliseconds(debounceMs), &m_cache,
                                    m_keyStoreTimeout});
 }
@@ -159,8 +163,8 @@ void PresetEditorModelTest::burstOfEditsSavesOnceWithTheLastState() {
     QCOMPARE(m_changes, 0);
     QCOMPARE(m_store->preset(preset.id)->name, QStringLiteral("Draft"));
     QTRY_COMPARE_WITH_TIMEOUT(m_changes, 1, settleMs);
-    QTest::qWait(settleMs);
-    QCOMPARE(m_changes, 1);
+    QSignalSpy anotherSave(m_store.get(), &PresetStore::presetsChanged);
+    QVERIFY(!anotherSave.wait(settleMs));
     QCOMPARE(m_store->preset(preset.id)->name, typed);
 }
 
@@ -216,10 +220,11 @@ void PresetEditorModelTest::baseURLEditResetsAfterThePauseAndLoadsThatAddressKey
     QVERIFY(model->hasStoredCredential());
     // One reconnection for the whole burst, to the new address.
     QTRY_COMPARE(m_loads.size(), 2);
-    QTest::qWait(settleMs);
+    // The address is saved after its pause; by then the burst made no other
+    // load.
+    QTRY_COMPARE_WITH_TIMEOUT(m_store->preset(preset.id)->customBaseURL, otherURL, settleMs);
     QCOMPARE(m_loads.size(), 2);
     QCOMPARE(m_loads.last().endpoint.baseURL, QUrl(otherURL));
-    QCOMPARE(m_store->preset(preset.id)->customBaseURL, otherURL);
 }
 
 void PresetEditorModelTest::baseURLEditKeepsAModelTheNewListHolds_data() {
@@ -254,7 +259,7 @@ void PresetEditorModelTest::baseURLEditKeepsAModelTheNewListHolds() {
     else if (answer == 2)
         m_loads.last().promise.resolve(std::unexpected(
             ProviderConnectionFailure::of(ProviderConnectionFailure::Kind::network)));
-    QTest::qWait(settleMs);
+    test::deliverPostedEvents();
     QCOMPARE(model->draft().model, kept);
     QTRY_COMPARE_WITH_TIMEOUT(m_store->preset(preset.id)->model, kept, settleMs);
     QCOMPARE(m_store->preset(preset.id)->customBaseURL, localURL);
@@ -297,7 +302,8 @@ void PresetEditorModelTest::invalidBaseURLNeverConnects() {
     auto model =
         open(stored(QStringLiteral("Local"), customProviderID(), {}, QStringLiteral("not a url")));
     model->setCustomBaseURL(QStringLiteral("ftp://example.com/v1"));
-    QTest::qWait(settleMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!model->hasPendingBaseURLReset(), settleMs);
+    test::deliverPostedEvents();
     QVERIFY(m_loads.isEmpty());
     QVERIFY(m_keys.log.isEmpty());
     QCOMPARE(model->connectionState().kind(), PresetConnectionState::Kind::disconnected);
@@ -325,7 +331,7 @@ void PresetEditorModelTest::lateModelListIsDropped() {
         model->setCustomBaseURL(localURL);
     }
     old.promise.resolve(QStringList{QStringLiteral("gpt-4o")});
-    QTest::qWait(settleMs);
+    test::deliverPostedEvents();
     QVERIFY(!model->availableModels().contains(QStringLiteral("gpt-4o")));
     QVERIFY(!m_cache.lookup(openai));
     QCOMPARE(model->connectionState().kind(), removeKey ? PresetConnectionState::Kind::disconnected
@@ -386,7 +392,7 @@ void PresetEditorModelTest::canRunTest() {
     auto model = open(stored(QStringLiteral("P"), providerID, modelName,
                              custom ? std::optional(localURL) : std::nullopt,
                              storedKey ? QStringLiteral("sk") : QString()));
-    QTest::qWait(10);
+    test::deliverPostedEvents(); // the stored key is read
     if (!typedKey.isEmpty())
         model->setAPIKey(typedKey);
     QCOMPARE(model->canRunTest(), expected);
@@ -450,7 +456,7 @@ void PresetEditorModelTest::testWithoutModelNeedsNoRequest() {
 
 void PresetEditorModelTest::testWaitsForTheKeyJustTyped() {
     auto model = open(stored(QStringLiteral("P"), openai, QStringLiteral("gpt")));
-    QTest::qWait(10);
+    test::deliverPostedEvents(); // the stored key is read
     model->setAPIKey(QStringLiteral("  sk-typed\n"));
     model->runTest();
     QTRY_COMPARE(m_tests.size(), 1);
@@ -471,8 +477,7 @@ void PresetEditorModelTest::testWaitsForAPendingKeyRemoval() {
     model->setAPIKey(QString());
     model->runTest();
     QTRY_COMPARE(m_keys.operations(Op::remove).size(), 1);
-    QTest::qWait(settleMs);
-    QVERIFY(m_tests.isEmpty());
+    QVERIFY(!QTest::qWaitFor([&] { return !m_tests.isEmpty(); }, settleMs));
     QVERIFY(model->isTesting());
     m_keys.releaseHeld();
     QTRY_COMPARE(m_tests.size(), 1);
@@ -534,8 +539,8 @@ void PresetEditorModelTest::aKeychainThatNeverAnswersEndsEveryWait() {
 
 void PresetEditorModelTest::keyCommitTrimsAndReconnects() {
     auto model = open(stored(QStringLiteral("P"), groq));
-    QTest::qWait(10);
-    QVERIFY(m_loads.isEmpty()); // no key yet: nothing to connect with
+    test::deliverPostedEvents(); // the stored key is read
+    QVERIFY(m_loads.isEmpty());  // no key yet: nothing to connect with
     model->setAPIKey(QStringLiteral(" gsk"));
     model->setAPIKey(QStringLiteral(" gsk-1 "));
     QCOMPARE(m_keys.operations(Op::save).size(), 0);
@@ -593,14 +598,16 @@ void PresetEditorModelTest::clearingTheKey() {
     QVERIFY(m_keys.keys.contains(openai));
     if (shared) {
         // Nothing happens until the question is answered.
-        QTest::qWait(settleMs);
-        QVERIFY(m_keys.operations(Op::remove).isEmpty());
-        QVERIFY(m_keys.operations(Op::save).isEmpty());
+        QVERIFY(!QTest::qWaitFor(
+            [&] {
+                return !m_keys.operations(Op::remove).isEmpty() ||
+                       !m_keys.operations(Op::save).isEmpty();
+            },
+            settleMs));
         confirm ? model->confirmKeyRemoval() : model->cancelKeyRemoval();
     }
     QTRY_COMPARE_WITH_TIMEOUT(m_keys.keys.contains(openai), !removed, settleMs);
-    QTest::qWait(settleMs);
-    QCOMPARE(m_keys.keys.contains(openai), !removed);
+    QVERIFY(!QTest::qWaitFor([&] { return m_keys.keys.contains(openai) == removed; }, settleMs));
     QCOMPARE(model->hasStoredCredential(), !removed);
     QCOMPARE(model->apiKey(), removed ? QString() : QStringLiteral("sk"));
 }

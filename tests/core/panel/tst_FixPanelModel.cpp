@@ -1,7 +1,9 @@
 #include "core/panel/FixPanelModel.h"
 #include "core/presets/PresetStore.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
+#include "support/TestSupport.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -23,9 +25,15 @@ private:
     std::unique_ptr<PresetStore> m_presets;
     std::unique_ptr<FakeTransformer> m_fake;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
+    InMemoryClipboard m_clipboard;
     std::unique_ptr<FixPanelModel> m_model;
-    QStringList m_copied;
-    bool m_copySucceeds = true;
+
+    QStringList copied() const {
+        QStringList texts;
+        for (const ClipboardItem& item : m_clipboard.written)
+            texts << item.plainText;
+        return texts;
+    }
 
     // Runs on text and waits for the partial reply to replace it.
     void startRun(const QString& text, const QString& partial) {
@@ -49,14 +57,8 @@ private Q_SLOTS:
         m_presets->activate(m_presets->presets()[1].id); // "Make Concise": no edit validation
         m_fake = std::make_unique<FakeTransformer>();
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_fake);
-        m_copied.clear();
-        m_copySucceeds = true;
-        m_model = std::make_unique<FixPanelModel>(
-            *m_presets, *m_coordinator, [](const QUuid&) {},
-            [this](const QString& text) {
-                m_copied << text;
-                return m_copySucceeds;
-            });
+        m_clipboard = InMemoryClipboard();
+        m_model = std::make_unique<FixPanelModel>(*m_presets, *m_coordinator, m_clipboard);
     }
 
     void runNeedsTextAPresetAndNoRunningJob() {
@@ -78,18 +80,16 @@ private Q_SLOTS:
 
         InMemorySettingsStore empty;
         PresetStore noPresets(empty);
-        FixPanelModel model(noPresets, *m_coordinator, {}, {});
+        FixPanelModel model(noPresets, *m_coordinator, m_clipboard);
         model.setText(QStringLiteral("text"));
         QVERIFY(!model.canRun());
     }
 
     void partialTextReplacesTheEditorText() {
         startRun(QStringLiteral("teh text"), QStringLiteral("the"));
-        m_model->textDidChange(); // the editor reports the model's own change
         QCOMPARE(m_model->stage(), PanelStage::working());
 
-        m_model->setText(QStringLiteral("user typing")); // overwritten by the next partial
-        m_model->textDidChange();
+        m_model->editText(QStringLiteral("user typing")); // overwritten by the next partial
         QCOMPARE(m_model->stage(), PanelStage::working());
         m_fake->last().writer.push(
             TransformStreamEvent::partial(TextSnapshot(QStringLiteral("the text"))));
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QFETCH(bool, copySucceeds);
         QFETCH(PanelStage, stage);
         QFETCH(QString, text);
-        m_copySucceeds = copySucceeds;
+        m_clipboard.failWrites = !copySucceeds;
         startRun(QStringLiteral("teh text"), QStringLiteral("the"));
         if (const QString* result = std::get_if<QString>(&reply))
             m_fake->complete(*result);
@@ -148,8 +148,11 @@ private Q_SLOTS:
             m_fake->fail(std::get<TransformFailure>(reply));
         QTRY_COMPARE(m_model->stage(), stage);
         QCOMPARE(m_model->text(), text);
-        const bool fixed = std::holds_alternative<QString>(reply) && text != "teh text";
-        QCOMPARE(m_copied, fixed ? QStringList{text} : QStringList());
+        const bool copies =
+            std::holds_alternative<QString>(reply) && text != "teh text" && copySucceeds;
+        QCOMPARE(copied(), copies ? QStringList{text} : QStringList());
+        if (copies)
+            QVERIFY(m_clipboard.written.first().concealed);
     }
 
     void cancelRestoresAndLaterNewsOfTheRunIsIgnored() {
@@ -167,29 +170,24 @@ private Q_SLOTS:
         first.push(TransformStreamEvent::partial(TextSnapshot(QStringLiteral("late"))));
         first.push(TransformStreamEvent::completed(QStringLiteral("FIRST")));
         first.finish();
-        QTest::qWait(20);
+        test::deliverPostedEvents();
         QCOMPARE(m_model->text(), QStringLiteral("second"));
         m_fake->complete(QStringLiteral("SECOND"));
         QTRY_COMPARE(m_model->stage(), PanelStage::copied());
         QCOMPARE(m_model->text(), QStringLiteral("SECOND"));
-        QCOMPARE(m_copied, QStringList{QStringLiteral("SECOND")});
+        QCOMPARE(copied(), QStringList{QStringLiteral("SECOND")});
     }
 
     void revertOrAnEditLeavesTheResult() {
         runToCopied(QStringLiteral("teh"), QStringLiteral("the"));
-        m_model->textDidChange(); // the result itself arriving in the editor
-        QCOMPARE(m_model->stage(), PanelStage::copied());
         m_model->revert();
         QCOMPARE(m_model->text(), QStringLiteral("teh"));
         QCOMPARE(m_model->stage(), PanelStage::input());
         QCOMPARE(m_model->originalText(), std::nullopt);
-        m_model->textDidChange(); // the restored text is the model's own change
-        QVERIFY(m_model->programmaticText());
 
         // An edit forgets the original: nothing to revert to.
         runToCopied(QStringLiteral("teh"), QStringLiteral("the"));
-        m_model->setText(QStringLiteral("the!"));
-        m_model->textDidChange();
+        m_model->editText(QStringLiteral("the!"));
         QCOMPARE(m_model->stage(), PanelStage::input());
         QCOMPARE(m_model->originalText(), std::nullopt);
         m_model->revert();
@@ -201,7 +199,7 @@ private Q_SLOTS:
         m_model->setActivePresetID(active); // same: nothing, not even a prewarm
         m_model->setActivePresetID(std::nullopt);
         m_model->setActivePresetID(QUuid::createUuid());
-        QTest::qWait(5);
+        test::deliverPostedEvents(); // a prewarm is queued
         QVERIFY(m_fake->prewarmed.isEmpty());
         QCOMPARE(m_model->activePresetID(), active);
 
@@ -220,16 +218,16 @@ private Q_SLOTS:
         QCOMPARE(m_model->text(), QString());
         QCOMPARE(m_model->stage(), PanelStage::input());
         QCOMPARE(m_model->originalText(), std::nullopt);
-        QVERIFY(!m_model->programmaticText());
         QVERIFY(!m_model->showsShortcutHint());
         QVERIFY(m_fake->last().writer.isCancelled());
         m_fake->complete(QStringLiteral("late"));
-        QTest::qWait(10);
+        test::deliverPostedEvents();
         QCOMPARE(m_model->text(), QString());
     }
 
     void notificationsOnlyOnChange() {
         QSignalSpy text(m_model.get(), &FixPanelModel::textChanged);
+        QSignalSpy replaced(m_model.get(), &FixPanelModel::textReplaced);
         QSignalSpy stage(m_model.get(), &FixPanelModel::stageChanged);
         QSignalSpy hint(m_model.get(), &FixPanelModel::showsShortcutHintChanged);
         m_model->setText(QStringLiteral("a"));
@@ -237,6 +235,11 @@ private Q_SLOTS:
         m_model->setShowsShortcutHint(false);
         m_model->cancel(); // already input, no original
         QCOMPARE(text.count(), 1);
+        QCOMPARE(replaced.count(), 1);
+        // The user's edit is the field's own: it is not sent back.
+        m_model->editText(QStringLiteral("ab"));
+        QCOMPARE(text.count(), 2);
+        QCOMPARE(replaced.count(), 1);
         QCOMPARE(stage.count(), 0);
         QCOMPARE(hint.count(), 0);
         const QUuid before = m_model->presentationID();

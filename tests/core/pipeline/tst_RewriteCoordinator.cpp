@@ -83,7 +83,8 @@ void RewriteCoordinatorTest::init() {
     m_coordinator->setTimeoutScale([](int) { return std::chrono::milliseconds(60000); });
     m_states.clear();
     m_result.reset();
-    m_coordinator->setUIHandler([this](const OperationUIState& state) { m_states.append(state); });
+    connect(m_coordinator.get(), &RewriteCoordinator::operationStateChanged, this,
+            [this](const OperationUIState& state) { m_states.append(state); });
 }
 
 void RewriteCoordinatorTest::start(const QString& input, const Preset& preset,
@@ -248,11 +249,11 @@ void RewriteCoordinatorTest::partialTextIsPassedOnInOrder() {
 void RewriteCoordinatorTest::callerCancellationEndsInIdle() {
     start(u"x"_s, plainPreset());
     m_fake->partials({u"y"_s});
-    QTest::qWait(5);
+    test::deliverPostedEvents();
     m_future.cancel();
     QVERIFY(m_fake->last().writer.isCancelled());
     m_fake->complete(u"late"_s); // ignored
-    QTest::qWait(20);
+    test::deliverPostedEvents();
     QVERIFY(!m_result); // a cancellation, not a RewriteError
     QCOMPARE(describe(m_states), u"working, idle"_s);
 }
@@ -289,7 +290,7 @@ void RewriteCoordinatorTest::timesOut() {
 
     asleep += asleepMs;
     m_coordinator->checkDeadlines(); // the machine woke up
-    QTest::qWait(10);
+    test::deliverPostedEvents();
     QCOMPARE(m_result.has_value(), timedOutOnWake);
     QTRY_VERIFY_WITH_TIMEOUT(m_result.has_value(), 20000);
     QVERIFY(awake.elapsed() < 30000);

@@ -75,6 +75,7 @@ class APIKeyStoreTest : public QObject {
 private Q_SLOTS:
     void scripts_data();
     void scripts();
+    void savesAndDeletesAnnounceTheirAccount();
     void refusedKeySentence();
 };
 
@@ -281,6 +282,32 @@ void APIKeyStoreTest::scripts() {
     QCOMPARE(rendered(modernItems) + QStringLiteral(" | ") + rendered(legacyStore.items), stores);
     if (late)
         QCOMPARE(deferred.mostOutstandingOnOneAccount, 1);
+}
+
+void APIKeyStoreTest::savesAndDeletesAnnounceTheirAccount() {
+    InMemorySecretStore modern;
+    InMemorySecretStore legacy;
+    legacy.items = items("old=legacy-key");
+    APIKeyStore store(modern, legacy, [] { return Future<bool>::ready(true); });
+    QStringList changed;
+    connect(&store, &APIKeyStore::keyChanged, this,
+            [&](const QString& account) { changed << account; });
+
+    const auto done = [](auto future) {
+        return rendered(test::waitFor(std::move(future)).value());
+    };
+    QCOMPARE(done(store.readKey(QStringLiteral("old"))), QStringLiteral("legacy-key"));
+    QCOMPARE(done(store.saveKey(QStringLiteral("sk-1"), QStringLiteral("a"))),
+             QStringLiteral("ok"));
+    QCOMPARE(done(store.saveKey(QStringLiteral("sk\t1"), QStringLiteral("b"))),
+             QStringLiteral("error invalidKey"));
+    modern.writeFailure = -25293;
+    QCOMPARE(done(store.saveKey(QStringLiteral("sk-2"), QStringLiteral("c"))),
+             QStringLiteral("error saveFailed(-25293)"));
+    QCOMPARE(done(store.deleteKey(QStringLiteral("a"))), QStringLiteral("ok"));
+    // Reads (the legacy key's move included) and a key refused before
+    // anything was stored change nothing; a failed save may have.
+    QCOMPARE(changed, (QStringList{"a", "c", "a"}));
 }
 
 void APIKeyStoreTest::refusedKeySentence() {

@@ -4,6 +4,7 @@
 #include "core/selection/SelectionPreferences.h"
 #include "support/FakeSelectionDesktop.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
 
 #include <QSignalSpy>
@@ -36,6 +37,7 @@ private:
     std::unique_ptr<PresetStore> m_presets;
     std::unique_ptr<FakeTransformer> m_transformer;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
+    InMemoryClipboard m_clipboard;
     std::unique_ptr<FixPanelModel> m_model;
     std::unique_ptr<SelectionPreferences> m_preferences;
     std::unique_ptr<FakeSelectionDesktop> m_desktop;
@@ -75,8 +77,7 @@ private Q_SLOTS:
         m_presets->activate(m_presets->presets()[1].id); // no edit validation
         m_transformer = std::make_unique<FakeTransformer>();
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_transformer);
-        m_model = std::make_unique<FixPanelModel>(
-            *m_presets, *m_coordinator, [](const QUuid&) {}, [](const QString&) { return true; });
+        m_model = std::make_unique<FixPanelModel>(*m_presets, *m_coordinator, m_clipboard);
         m_desktop = std::make_unique<FakeSelectionDesktop>();
         m_events.clear();
         makeHandoff();

@@ -1,6 +1,7 @@
 #include "core/support/Future.h"
 #include "core/support/Stream.h"
 #include "core/support/TextSnapshot.h"
+#include "support/TestSupport.h"
 
 #include <QtTest>
 #include <memory>
@@ -60,7 +61,7 @@ void AsyncTest::futureCancellation() {
         future->cancel();
     QCOMPARE(promise.isCancelled(), delivered == 0);
     promise.resolve(2); // ignored once cancelled or resolved
-    QTest::qWait(10);
+    test::deliverPostedEvents();
     QCOMPARE(received, delivered);
     QCOMPARE(producerHeard, delivered == 0 ? 1 : 0);
     if (delivered == 0) {
@@ -132,7 +133,7 @@ void AsyncTest::streamCancellation() {
         context.reset();
     writer.finish();
     QTRY_COMPARE(producerHeard, 1);
-    QTest::qWait(10);
+    test::deliverPostedEvents();
     QCOMPARE(received, events);
     QVERIFY(!ended);
     QVERIFY(writer.isCancelled());

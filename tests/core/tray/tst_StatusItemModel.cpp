@@ -33,15 +33,16 @@ void settle() {
 struct Fixture {
     Fixture() : store(settings), coordinator(transformer) {
         store.seedIfEmpty(false);
-        model = std::make_unique<StatusItemModel>(
-            coordinator, store, announcer,
-            StatusItemModel::Actions{[this] { presented.append(QStringLiteral("panel")); },
-                                     [this](std::function<void()> changed) {
-                                         presented.append(QStringLiteral("settings"));
-                                         presetsChanged = std::move(changed);
-                                     },
-                                     [this](bool enabled) { shortcutStates.append(enabled); }},
-            clock.sleep());
+        model = std::make_unique<StatusItemModel>(coordinator, store, announcer, clock.sleep());
+        QObject::connect(model.get(), &StatusItemModel::panelRequested, model.get(),
+                         [this] { presented.append(QStringLiteral("panel")); });
+        QObject::connect(model.get(), &StatusItemModel::settingsRequested, model.get(),
+                         [this] { presented.append(QStringLiteral("settings")); });
+        QObject::connect(model.get(), &StatusItemModel::shortcutEnabledChanged, model.get(),
+                         [this](bool enabled) { shortcutStates.append(enabled); });
+        // As the app wires it: each state on the next turn, in order.
+        QObject::connect(&coordinator, &RewriteCoordinator::operationStateChanged, model.get(),
+                         &StatusItemModel::applyState, Qt::QueuedConnection);
     }
 
     // The button (look, tool tip, accessible value) and the menu's status line.
@@ -61,7 +62,6 @@ struct Fixture {
     test::ManualClock clock;
     QStringList presented;
     QList<bool> shortcutStates;
-    std::function<void()> presetsChanged;
     std::unique_ptr<StatusItemModel> model;
 };
 
@@ -195,25 +195,30 @@ private Q_SLOTS:
         QCOMPARE(f.presented, (QStringList{"settings", "panel"}));
     }
 
-    void presetsChangedInSettingsPrewarmAndRefresh() {
+    void storeChangesReadAgain() {
         Fixture f;
-        f.model->showSettings();
+        settle();
+        QSignalSpy menuChanged(f.model.get(), &StatusItemModel::menuChanged);
         Preset renamed = *f.store.activePreset();
         renamed.name = QStringLiteral("Fix Better");
         f.store.update(renamed);
-        f.presetsChanged();
+        QCOMPARE(menuChanged.size(), 1); // the preset list at once, readiness next
         settle();
-        QCOMPARE(f.transformer.prewarmed, QList{renamed});
         QCOMPARE(f.model->statusLine(), QStringLiteral("Status: Fix Better · Ready"));
+
+        // Chosen elsewhere (the panel): the new active preset's readiness.
+        f.transformer.reason = UnavailableReason::missingAPIKey();
+        f.store.activate(f.store.presets()[1].id);
+        settle();
+        QCOMPARE(f.model->statusLine(),
+                 QStringLiteral("Status: %1 · Add API key").arg(f.store.presets()[1].name));
     }
 
     void anUnnamedPresetIsListedAsUntitled() {
         Fixture f;
-        f.model->showSettings();
         Preset unnamed = *f.store.activePreset();
         unnamed.name = QStringLiteral("  ");
         f.store.update(unnamed);
-        f.presetsChanged();
         settle();
         QCOMPARE(f.model->presetMenu().first().title, QStringLiteral("Untitled Preset"));
         QCOMPARE(f.model->statusLine(), QStringLiteral("Status: Untitled Preset · Ready"));

@@ -62,7 +62,7 @@ std::unique_ptr<PresetEditorView> PresetEditorViewTest::open(const Preset& prese
                                                              std::function<void()> onUse) {
     m_model.reset();
     m_model = std::make_unique<PresetEditorModel>(
-        preset, *m_store, [] {}, m_keys,
+        preset, *m_store, m_keys,
         [](const ProviderEndpoint&, const std::optional<QString>&) {
             return Future<PresetEditorModel::ModelsResult>::ready(QStringList{"model-a"});
         },

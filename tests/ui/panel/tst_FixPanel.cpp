@@ -1,6 +1,7 @@
 #include "core/panel/FixPanelControlsState.h"
 #include "core/presets/PresetStore.h"
 #include "support/FakeTransformer.h"
+#include "support/InMemoryClipboard.h"
 #include "support/InMemorySettingsStore.h"
 #include "ui/panel/FixPanelController.h"
 #include "ui/panel/FixPanelControlsRow.h"
@@ -35,13 +36,9 @@ private Q_SLOTS:
         m_presets->activate(m_presets->presets()[1].id); // no edit validation
         m_fake = std::make_unique<FakeTransformer>();
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_fake);
-        m_copied.clear();
-        m_controller = std::make_unique<FixPanelController>(
-            *m_presets, *m_coordinator, [](const QUuid&) {},
-            [this](const QString& text) {
-                m_copied << text;
-                return true;
-            });
+        m_clipboard = InMemoryClipboard();
+        m_controller =
+            std::make_unique<FixPanelController>(*m_presets, *m_coordinator, m_clipboard);
     }
 
     void cleanup() { m_controller.reset(); }
@@ -80,7 +77,8 @@ private Q_SLOTS:
         QVERIFY(button(QStringLiteral("Cancel"))->isVisible());
 
         m_fake->complete(QStringLiteral("The cat"));
-        QTRY_COMPARE(m_copied, QStringList{QStringLiteral("The cat")});
+        QTRY_COMPARE(m_clipboard.written.size(), 1);
+        QCOMPARE(m_clipboard.written.first().plainText, QStringLiteral("The cat"));
         QTRY_VERIFY(editor().isEnabled());
         QVERIFY(view().outcome()->isVisible());
         QCOMPARE(view().outcome()->status(), SettingsStatus::success(QStringLiteral(
@@ -357,8 +355,7 @@ private Q_SLOTS:
         const int lowest = area.y() + area.height() - 8; // the bottom margin
         // Shown once with the hint and eight lines of text (taller), then
         // dismissed: the next presentation measures the empty panel.
-        m_controller->setShortcutHint(
-            [] { return QStringLiteral("Press Ctrl+Alt+Return anywhere."); });
+        m_controller->setShortcutHint(QStringLiteral("Press Ctrl+Alt+Return anywhere."));
         m_controller->presentCentered(QStringLiteral("1\n2\n3\n4\n5\n6\n7\n8"));
         QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
         const int tall = m_controller->panel()->height();
@@ -449,8 +446,7 @@ private Q_SLOTS:
     }
 
     void hintNamesTheShortcutOnlyWhenAsked() {
-        std::optional<QString> shortcut = QStringLiteral("Ctrl+Alt+Return");
-        m_controller->setShortcutHint([&shortcut] { return shortcutHintText(shortcut); });
+        m_controller->setShortcutHint(shortcutHintText(QStringLiteral("Ctrl+Alt+Return")));
         m_controller->presentCentered(QStringLiteral("This sentense has a typo."));
         QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
         QCOMPARE(m_controller->model().text(), QStringLiteral("This sentense has a typo."));
@@ -458,12 +454,11 @@ private Q_SLOTS:
         QCOMPARE(view().hint()->text(),
                  QStringLiteral("Press Ctrl+Alt+Return anywhere to open Scrivel."));
 
-        shortcut.reset(); // the shortcut was removed in the settings
-        m_controller->refreshShortcutHint();
+        m_controller->setShortcutHint(std::nullopt); // removed in the settings
         QVERIFY(!view().hint()->isVisible());
 
         // Opened by the shortcut, the hint stays off.
-        shortcut = QStringLiteral("Ctrl+Alt+Return");
+        m_controller->setShortcutHint(shortcutHintText(QStringLiteral("Ctrl+Alt+Return")));
         m_controller->toggle();
         m_controller->toggle();
         QVERIFY(m_controller->isPanelVisible());
@@ -481,9 +476,8 @@ private Q_SLOTS:
         QFETCH(bool, atPointer);
         PanelWindowTraits traits;
         traits.opensAtPointer = atPointer;
-        m_controller = std::make_unique<FixPanelController>(
-            *m_presets, *m_coordinator, [](const QUuid&) {}, [](const QString&) { return true; },
-            traits);
+        m_controller =
+            std::make_unique<FixPanelController>(*m_presets, *m_coordinator, m_clipboard, traits);
         m_controller->presentCentered(std::nullopt);
         QVERIFY(QTest::qWaitForWindowExposed(m_controller->panel()));
         const QPoint centred = m_controller->panel()->pos();
@@ -516,8 +510,8 @@ private:
     std::unique_ptr<PresetStore> m_presets;
     std::unique_ptr<FakeTransformer> m_fake;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
+    InMemoryClipboard m_clipboard;
     std::unique_ptr<FixPanelController> m_controller;
-    QStringList m_copied;
 };
 
 QTEST_MAIN(FixPanelTest)

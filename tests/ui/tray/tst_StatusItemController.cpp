@@ -1,6 +1,5 @@
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
-#include "core/settings/UpdaterController.h"
 #include "platform/linux/NoOpAnnouncer.h"
 #include "support/FakeTransformer.h"
 #include "support/InMemorySettingsStore.h"
@@ -20,11 +19,8 @@ private Q_SLOTS:
         store.seedIfEmpty(false);
         test::FakeTransformer transformer;
         RewriteCoordinator coordinator(transformer);
-        UpdaterController updater{QString(), QString()};
         NoOpAnnouncer announcer;
-        QAction* bound = nullptr;
-        StatusItemController controller(coordinator, store, updater, announcer,
-                                        {{}, {}, {}, [&](QAction* action) { bound = action; }, {}});
+        StatusItemController controller(coordinator, store, announcer);
         QTRY_COMPARE(controller.model().statusLine(), QStringLiteral("Status: Fix · Ready"));
 
         const QList<QAction*> items = controller.menu().actions();
@@ -34,7 +30,7 @@ private Q_SLOTS:
         QCOMPARE(titles, (QStringList{"Status: Fix · Ready", "-", "Open Panel", "Preset", "-",
                                       "Settings…", "-", "Quit Scrivel"}));
         QVERIFY(!items[0]->isEnabled());
-        QCOMPARE(bound, items[2]);
+        QCOMPARE(controller.openPanelAction(), items[2]);
         // Keys that only work in the main window are not shown here.
         QVERIFY(items[5]->shortcut().isEmpty());
         QVERIFY(items[7]->shortcut().isEmpty());

@@ -1,6 +1,5 @@
 #include "core/pipeline/RewriteCoordinator.h"
 #include "core/presets/PresetStore.h"
-#include "core/settings/UpdaterController.h"
 #include "platform/linux/NoOpAnnouncer.h"
 #include "support/FakeStatusNotifierWatcher.h"
 #include "support/FakeTransformer.h"
@@ -10,6 +9,7 @@
 #include <QApplication>
 #include <QDBusConnection>
 #include <QMenu>
+#include <QSignalSpy>
 #include <QtTest>
 
 using namespace scrivel;
@@ -38,11 +38,12 @@ private Q_SLOTS:
         m_coordinator = std::make_unique<RewriteCoordinator>(*m_transformer);
         m_shortcutLog.clear();
         m_presented = 0;
-        StatusItemController::Actions actions;
-        actions.presentPanelCentred = [this] { ++m_presented; };
-        actions.setShortcutEnabled = [this](bool enabled) { m_shortcutLog.append(enabled); };
-        m_controller = std::make_unique<StatusItemController>(*m_coordinator, *m_store, m_updater,
-                                                              m_announcer, std::move(actions));
+        m_controller =
+            std::make_unique<StatusItemController>(*m_coordinator, *m_store, m_announcer);
+        connect(&m_controller->model(), &StatusItemModel::panelRequested, this,
+                [this] { ++m_presented; });
+        connect(&m_controller->model(), &StatusItemModel::shortcutEnabledChanged, this,
+                [this](bool enabled) { m_shortcutLog.append(enabled); });
         m_controller->setExportedMenuBound(std::chrono::milliseconds(300));
         QTRY_VERIFY(!m_watcher->items.isEmpty());
         QTRY_VERIFY(m_controller->isMenuExported());
@@ -110,10 +111,11 @@ private Q_SLOTS:
         QTRY_COMPARE(m_shortcutLog, (QList<bool>{false, true}));
         QVERIFY(!m_controller->model().isMenuOpen());
         QTRY_COMPARE(m_presented, presented);
-        // A late "closed" (or the bound) changes nothing more.
-        QTest::qWait(400);
-        QCOMPARE(m_shortcutLog, (QList<bool>{false, true}));
-        QCOMPARE(m_presented, presented);
+        // A late "closed" (or the bound, 300 ms) changes nothing more.
+        QSignalSpy shortcutAgain(&m_controller->model(), &StatusItemModel::shortcutEnabledChanged);
+        QSignalSpy panelAgain(&m_controller->model(), &StatusItemModel::panelRequested);
+        QVERIFY(!shortcutAgain.wait(400));
+        QCOMPARE(panelAgain.size(), 0);
     }
 
 public:
@@ -124,7 +126,6 @@ private:
     std::unique_ptr<PresetStore> m_store;
     std::unique_ptr<test::FakeTransformer> m_transformer;
     std::unique_ptr<RewriteCoordinator> m_coordinator;
-    UpdaterController m_updater{QString(), QString()};
     NoOpAnnouncer m_announcer;
     std::unique_ptr<StatusItemController> m_controller;
     QList<bool> m_shortcutLog;
