@@ -332,7 +332,7 @@ Um alle Voreinstellungen in eine Datei dieses Namens zu exportieren, schreiben S
     </message>
     <message>
         <source>Press %1 anywhere to open Scrivel.</source>
-        <translation>Drücken Sie überall %1, um Scrivel zu öffnen.</translation>
+        <translation>Drücken Sie an beliebiger Stelle %1, um Scrivel zu öffnen.</translation>
     </message>
     <message>
         <source>Choose keys for Scrivel under Settings › Keyboard shortcut to open it from anywhere.</source>
@@ -1143,11 +1143,11 @@ Eines auswählen mit: %2</translation>
     </message>
     <message>
         <source>Settings and presets are kept in %1.</source>
-        <translation>Einstellungen und Voreinstellungen liegen in %1.</translation>
+        <translation>Einstellungen und Voreinstellungen werden in %1 gespeichert.</translation>
     </message>
     <message>
         <source>API keys are kept in %1, readable only by you.</source>
-        <translation>API-Schlüssel liegen in %1, nur für Sie lesbar.</translation>
+        <translation>API-Schlüssel werden in %1 gespeichert, nur für Sie lesbar.</translation>
     </message>
     <message>
         <source>API keys are kept in the desktop’s keyring (Secret Service).</source>

@@ -27,7 +27,10 @@ QString keyStoreHint() {
 }
 
 QString editCommand(const Preset& preset, const QString& option) {
-    return QStringLiteral("scrivel-cli presets edit %1 %2").arg(shellQuoted(preset.name), option);
+    // A blank name cannot be typed back; the id always finds the preset.
+    const QString which =
+        preset.name.trimmed().isEmpty() ? Preset::idText(preset.id) : shellQuoted(preset.name);
+    return QStringLiteral("scrivel-cli presets edit %1 %2").arg(which, option);
 }
 
 } // namespace

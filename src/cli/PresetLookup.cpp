@@ -46,8 +46,8 @@ std::expected<Preset, QString> findPreset(const PresetStore& store, const QStrin
         QString provider = providerDisplayName(preset);
         if (!preset.model.isEmpty())
             provider += QStringLiteral(" \u00B7 ") + preset.model;
-        message +=
-            QStringLiteral("\n  %1  %2 (%3)").arg(Preset::idText(preset.id), preset.name, provider);
+        message += QStringLiteral("\n  %1  %2 (%3)")
+                       .arg(Preset::idText(preset.id), preset.displayName(), provider);
     }
     return std::unexpected(message);
 }

@@ -91,6 +91,12 @@ void HintsTest::namesTheCommandThatFixesAPreset_data() {
         << "List the models with: scrivel-cli models custom --base-url "
            "http://localhost:11434/v1\n"
            "Choose one with: scrivel-cli presets edit 'My Local' --model MODEL";
+    auto unnamed = preset(QStringLiteral("  "), QStringLiteral("groq"));
+    QTest::newRow("no model, a blank name: the id")
+        << Kind::misconfigured << std::optional(unnamed)
+        << "List the models with: scrivel-cli models groq\n"
+           "Choose one with: scrivel-cli presets edit " +
+               Preset::idText(unnamed.id) + " --model MODEL";
     QTest::newRow("refused base URL")
         << Kind::misconfigured << std::optional(remote)
         << "Plain http is allowed only for servers on this computer (localhost or 127.0.0.1); "

@@ -34,7 +34,7 @@ bool setBaseURL(Preset& preset, const QString& url) {
     if (preset.providerID != customProviderID()) {
         write(stderr,
               CliText::tr("Only presets of the custom provider have a base URL; \"%1\" uses %2.")
-                      .arg(preset.name, providerDisplayName(preset)) +
+                      .arg(preset.displayName(), providerDisplayName(preset)) +
                   QLatin1Char('\n'));
         return false;
     }
@@ -72,7 +72,7 @@ int editPreset(Invocation& call) {
     store->update(*preset);
     if (!call.session.saved(*store))
         return otherFailure;
-    write(stdout, CliText::tr("Updated %1.").arg(preset->name) + QLatin1Char('\n'));
+    write(stdout, CliText::tr("Updated %1.").arg(preset->displayName()) + QLatin1Char('\n'));
     return success;
 }
 

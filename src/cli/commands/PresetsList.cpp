@@ -20,9 +20,10 @@ int listPresets(Invocation& call) {
         QString provider = providerDisplayName(preset);
         if (!preset.model.isEmpty())
             provider += QStringLiteral(" \u00B7 ") + preset.model;
-        Terminal::write(stdout, QStringLiteral("%1 %2\t%3\t%4\n")
-                                    .arg(isActive ? QStringLiteral("*") : QStringLiteral(" "),
-                                         preset.name, provider, Preset::idText(preset.id)));
+        Terminal::write(stdout,
+                        QStringLiteral("%1 %2\t%3\t%4\n")
+                            .arg(isActive ? QStringLiteral("*") : QStringLiteral(" "),
+                                 preset.displayName(), provider, Preset::idText(preset.id)));
     }
     return success;
 }

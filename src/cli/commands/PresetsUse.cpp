@@ -26,7 +26,7 @@ int usePreset(Invocation& call) {
     store->activate(preset->id);
     if (!call.session.saved(*store))
         return otherFailure;
-    write(stdout, CliText::tr("Active preset: %1").arg(preset->name) + QLatin1Char('\n'));
+    write(stdout, CliText::tr("Active preset: %1").arg(preset->displayName()) + QLatin1Char('\n'));
     return success;
 }
 
