@@ -125,7 +125,6 @@ MainWindow::MainWindow(MainWindowModel& model, const MainWindowServices& service
     // The window's commands win over the keys of its text fields; the edit
     // commands are the fields' own.
     auto* commandKeys = new WindowCommandKeys(this);
-    commandKeys->add(PresetEditorView::useKeys());
     for (const QAction* menu : menuBar()->actions()) {
         if (menu->menu() == m_editMenu)
             continue;
@@ -221,11 +220,20 @@ void MainWindow::buildMenus() {
         if (const std::optional<Preset> selected = m_model.selectedPreset())
             m_model.store().activate(selected->id);
     });
+    // Shown with its key, which works from every field of the window.
+    m_usePreset->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_U));
     m_deletePreset = m_presetsMenu->addAction(tr("Delete Preset"), this,
                                               [this] { m_model.requestDeletionOfSelection(); });
     m_presetsMenu->addSeparator();
     m_presetsMenu->addAction(tr("Add from Pack…"), this, &MainWindow::addFromPackRequested);
+    // Kept current while the menu is closed too: a disabled command's key
+    // does nothing.
     connect(m_presetsMenu, &QMenu::aboutToShow, this, &MainWindow::updatePresetActions);
+    connect(&m_model, &MainWindowModel::selectionChanged, this, &MainWindow::updatePresetActions);
+    connect(&m_model.store(), &PresetStore::activePresetIDChanged, this,
+            &MainWindow::updatePresetActions);
+    connect(&m_model.store(), &PresetStore::presetsChanged, this, &MainWindow::updatePresetActions);
+    updatePresetActions();
 
     QMenu* settingsMenu = menuBar()->addMenu(tr("&Settings"));
     QAction* settings =

@@ -14,7 +14,6 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QShortcut>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -38,8 +37,6 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     useLayout->addWidget(m_use);
     useLayout->addStretch(1);
     m_presetForm->addRow(QString(), m_useRow);
-    m_useShortcut = new QShortcut(useKeys(), this);
-    m_useShortcut->setContext(Qt::WindowShortcut);
 
     auto* modelBox = new QGroupBox(tr("Model"), this);
     auto* modelBoxLayout = new QVBoxLayout(modelBox);
@@ -114,10 +111,6 @@ PresetEditorView::PresetEditorView(PresetEditorModel& model, std::function<void(
     });
     // Always enabled, so that the keys never fall through to a text field
     // (where Ctrl+U would clear it); on the active preset they do nothing.
-    connect(m_useShortcut, &QShortcut::activated, this, [this] {
-        if (!m_isActive && m_onUse)
-            m_onUse();
-    });
     connect(m_provider, &QComboBox::activated, this,
             [this](int index) { m_model.setProviderID(m_provider->itemData(index).toString()); });
     connect(m_baseURL, &QLineEdit::textEdited, &m_model, &PresetEditorModel::setCustomBaseURL);

@@ -13,7 +13,6 @@ class QLabel;
 class QLineEdit;
 class QProgressBar;
 class QPushButton;
-class QShortcut;
 
 namespace scrivel {
 
@@ -29,9 +28,6 @@ class PresetEditorView : public QWidget {
 public:
     PresetEditorView(PresetEditorModel& model, std::function<void()> onUse,
                      QWidget* parent = nullptr);
-
-    // The keys of "Use Preset".
-    static QKeySequence useKeys() { return QKeySequence(Qt::CTRL | Qt::Key_U); }
 
     // Whether this preset is the one the hotkey runs; hides "Use Preset".
     void setActive(bool active);
@@ -69,7 +65,6 @@ private:
     QLineEdit* m_name;
     QPushButton* m_use;
     QWidget* m_useRow;
-    QShortcut* m_useShortcut;
     QComboBox* m_provider;
     QLineEdit* m_baseURL;
     PresetConnectionView* m_connection;

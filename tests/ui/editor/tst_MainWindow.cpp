@@ -358,6 +358,8 @@ void MainWindowTest::menuBarHoldsTheApplicationMenus() {
              QStringList({"Undo", "Redo", "Cut", "Copy", "Paste", "Select All"}));
     QCOMPARE(actionTexts(menus[2]->menu()),
              QStringList({"Add Preset", "Use This Preset", "Delete Preset", "Add from Pack…"}));
+    // Each command shows the key that runs it from any field of the window.
+    QCOMPARE(menus[2]->menu()->actions()[1]->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_U));
     const QAction* settings = menus[3]->menu()->actions().first();
     QCOMPARE(settings->text(), QStringLiteral("Configure Scrivel…"));
     QCOMPARE(settings->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Comma));
