@@ -76,7 +76,7 @@ private Q_SLOTS:
         };
         const QStringList german{
             "Kopiert. Drücken Sie Strg+V, um Ihren Text zu ersetzen.",
-            "Drücken Sie überall F9, um Scrivel zu öffnen.",
+            "Drücken Sie an beliebiger Stelle F9, um Scrivel zu öffnen.",
             "Diese Voreinstellung löschen?",
             "Auf den API-Schlüssel im Schlüsselbund der Arbeitsumgebung konnte nicht zugegriffen "
             "werden.",
