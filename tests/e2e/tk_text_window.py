@@ -13,7 +13,8 @@ Tk's own X11 binding would insert beside it.
 
 With ANSWER_AFTER_MS, the window stands for a hung application: asked for
 its selection, it stops (answering nothing, not even redrawing) for that
-long before it gives the text.
+long before it gives the text, and then leaves TEXT_FILE.answered beside
+TEXT_FILE.
 """
 import os
 import sys
@@ -51,13 +52,19 @@ def main() -> int:
     text.bind("<<Paste>>", paste)
 
     if answer_after_ms:
+        def answered():
+            root.winfo_pointerxy()  # a round trip: the server has the answer
+            open(path + ".answered", "w", encoding="utf-8").close()
+
         def answer(offset, max_chars):
             time.sleep(answer_after_ms / 1000)
+            root.after_idle(answered)
             selected = text.get("sel.first", "sel.last") if text.tag_ranges("sel") else ""
             return selected[int(offset):int(offset) + int(max_chars)]
 
-        root.tk.call("selection", "handle", "-selection", "PRIMARY", "-type", "STRING",
-                     text._w, root.register(answer))
+        for kind in ("UTF8_STRING", "STRING"):
+            root.tk.call("selection", "handle", "-selection", "PRIMARY", "-type", kind,
+                         text._w, root.register(answer))
 
     shown = [initial]
 

@@ -89,10 +89,15 @@ private:
     void selectLastLine(const Editor& editor, bool waitForOffer = true);
     void pressShortcut() { xdotool({"key", "ctrl+alt+Return"}); }
     bool panelVisible() { return !test::visibleWindows({"--name", "^Scrivel Panel$"}).isEmpty(); }
-    // What the panel holds selected, through the clipboard.
+    // What the panel holds selected, through the clipboard: copied once the
+    // panel has taken the clipboard from a client of the test's.
     QByteArray copyFromPanel() {
+        test::X11TestClient previous;
+        if (!previous.takeSelection("CLIPBOARD"))
+            return "(the clipboard could not be taken)";
         xdotool({"key", "ctrl+c"});
-        QTest::qWait(200);
+        if (!QTest::qWaitFor([&] { return !previous.ownsSelection("CLIPBOARD"); }, 5000))
+            return "(nothing copied)";
         return clipboard();
     }
     QByteArray clipboard(const QString& target = u"UTF8_STRING"_s) {
@@ -204,9 +209,12 @@ SelectionEndToEndTest::Editor& SelectionEndToEndTest::openEditor(const QString& 
 void SelectionEndToEndTest::selectLastLine(const Editor& editor, bool waitForOffer) {
     QVERIFY2(!editor.window.isEmpty(), "the editor window did not show");
     xdotool({"windowactivate", "--sync", editor.window});
+    test::X11TestClient probe;
+    const xcb_window_t before = probe.selectionOwner("PRIMARY");
     xdotool({"key", "ctrl+End", "shift+Home"});
     if (!waitForOffer) {
-        QTest::qWait(500); // for the keys to be handled
+        // The keys are handled once the editor owns the selection.
+        QTRY_VERIFY(probe.selectionOwner("PRIMARY") != before);
         return;
     }
     QTRY_VERIFY(
@@ -244,9 +252,8 @@ void SelectionEndToEndTest::withoutReplacingTheWindowIsLeftAlone() {
     xdotool({"key", "Return"});
     QTRY_COMPARE_WITH_TIMEOUT(clipboard(), "The cat."_ba, 10000);
     // A paste would have come within the focus bound of the copy.
-    QTest::qWait(1000);
-    QVERIFY(panelVisible());
-    QCOMPARE(editor.text(), u"Keep this line.\nteh cat"_s);
+    QVERIFY(!QTest::qWaitFor(
+        [&] { return !panelVisible() || editor.text() != u"Keep this line.\nteh cat"_s; }, 1000));
 }
 
 void SelectionEndToEndTest::aWindowClosedMeanwhileGetsNothing() {
@@ -267,6 +274,7 @@ void SelectionEndToEndTest::aWindowClosedMeanwhileGetsNothing() {
     // clipboard for a paste by hand.
     QTRY_COMPARE_WITH_TIMEOUT(clipboard(), "The cat."_ba, 10000);
     QVERIFY(panelVisible());
+    xdotool({"key", "ctrl+a"});
     QCOMPARE(copyFromPanel(), "The cat."_ba);
 }
 
@@ -297,8 +305,8 @@ void SelectionEndToEndTest::aHungOwnerDoesNotHoldThePanel() {
     QTRY_VERIFY_WITH_TIMEOUT(panelVisible(), 10000);
     QVERIFY2(clock.elapsed() < 3000, "the panel waited for the hung window");
     xdotool({"type", "mine"});
-    // Long after the window has answered, the panel holds what was typed.
-    QTest::qWait(int(std::max<qint64>(0, 4500 - clock.elapsed())));
+    // Once the window has answered, the panel holds what was typed.
+    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(editor.file + u".answered"_s), 10000);
     xdotool({"key", "ctrl+a"});
     QCOMPARE(copyFromPanel(), "mine"_ba);
 }

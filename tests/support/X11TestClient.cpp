@@ -1,6 +1,7 @@
 #include "support/X11TestClient.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <xcb/xcb_keysyms.h>
 
 namespace scrivel::test {
@@ -44,6 +45,37 @@ bool X11TestClient::tryGrab(xcb_keysym_t keysym, uint16_t modifiers, bool keep) 
     std::free(keycodes);
     xcb_key_symbols_free(symbols);
     return grabbed;
+}
+
+xcb_atom_t X11TestClient::atom(const char* name) {
+    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(
+        m_connection, xcb_intern_atom(m_connection, 0, uint16_t(std::strlen(name)), name), nullptr);
+    const xcb_atom_t atom = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+    std::free(reply);
+    return atom;
+}
+
+xcb_window_t X11TestClient::selectionOwner(const char* selection) {
+    if (!isConnected())
+        return XCB_WINDOW_NONE;
+    xcb_get_selection_owner_reply_t* reply = xcb_get_selection_owner_reply(
+        m_connection, xcb_get_selection_owner(m_connection, atom(selection)), nullptr);
+    const xcb_window_t owner = reply ? reply->owner : xcb_window_t(XCB_WINDOW_NONE);
+    std::free(reply);
+    return owner;
+}
+
+bool X11TestClient::takeSelection(const char* selection) {
+    if (!isConnected())
+        return false;
+    if (m_window == XCB_WINDOW_NONE) {
+        m_window = xcb_generate_id(m_connection);
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+        xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, m_window, root, 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    }
+    xcb_set_selection_owner(m_connection, m_window, atom(selection), XCB_CURRENT_TIME);
+    return ownsSelection(selection);
 }
 
 } // namespace scrivel::test
