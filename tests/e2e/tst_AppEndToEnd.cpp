@@ -78,6 +78,7 @@ private:
     std::unique_ptr<ScriptedHttpServer> m_server;
     std::unique_ptr<QProcess> m_app;
     QProcessEnvironment m_env;
+    QElapsedTimer m_lastTrayClick;
 };
 
 void AppEndToEndTest::initTestCase() {
@@ -94,6 +95,7 @@ void AppEndToEndTest::initTestCase() {
 void AppEndToEndTest::init() {
     m_home = std::make_unique<QTemporaryDir>();
     m_env = test::scrivelEnvironment(m_home->path());
+    m_lastTrayClick.invalidate();
     m_server = std::make_unique<ScriptedHttpServer>();
     QVERIFY(m_server->start());
 }
@@ -166,20 +168,45 @@ QString AppEndToEndTest::trayProperty(const char* name) {
 }
 
 void AppEndToEndTest::chooseFromTrayMenu(const QStringList& keys) {
+    const QStringList ofTheApp{"--pid", QString::number(m_app->processId())};
     // The icon is the app's small window docked in the tray.
     QString icon;
-    for (const auto& window :
-         test::visibleWindows({"--pid", QString::number(m_app->processId())})) {
+    QStringList shown;
+    for (const auto& window : test::visibleWindows(ofTheApp)) {
+        shown.append(window.id);
         if (window.geometry.width() < 64 && window.geometry.height() < 64)
             icon = window.id;
     }
     QVERIFY2(!icon.isEmpty(), "no tray icon");
+    // A menu is open, and holds the keyboard, once a window of the app shows
+    // that was not there before.
+    QStringList menus;
+    const auto menuOpened = [&] {
+        for (const auto& window : test::visibleWindows(ofTheApp)) {
+            if (!shown.contains(window.id) && !menus.contains(window.id)) {
+                menus.append(window.id);
+                return true;
+            }
+        }
+        return false;
+    };
+    // Paces the clicks: one within the double-click interval of the last is
+    // a double click, which closes the menu the click opened.
+    if (m_lastTrayClick.isValid())
+        QTest::qWait(int(std::max<qint64>(0, 500 - m_lastTrayClick.elapsed())));
     xdotool({"mousemove", "--window", icon, "10", "10", "click", "1"});
-    QTest::qWait(500);
+    m_lastTrayClick.start();
+    QVERIFY2(QTest::qWaitFor(menuOpened, 5000), "the tray menu did not open");
     for (const QString& key : keys) {
         xdotool({"key", key});
-        QTest::qWait(150);
+        if (key == QLatin1String("Right"))
+            QVERIFY2(QTest::qWaitFor(menuOpened, 5000), "the submenu did not open");
     }
+    // Until its menus have closed, a click on the icon would only close them.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        std::ranges::none_of(test::visibleWindows(ofTheApp),
+                             [&](const auto& w) { return menus.contains(w.id); }),
+        5000);
 }
 
 void AppEndToEndTest::panelOpensCentredOnceThenFollowsThePointer() {
@@ -438,8 +465,7 @@ void AppEndToEndTest::damagedPresetsAreToldWhenAWindowFirstShows() {
         trayProperty("StatusLine")
             .startsWith(u"Status: Presets couldn’t be read: copy in presets-backup-"_s),
         10000);
-    QTest::qWait(500);
-    QVERIFY(!alertVisible());
+    QVERIFY(!QTest::qWaitFor([this] { return alertVisible(); }, 500));
 
     QCOMPARE(run(SCRIVEL_APP_PATH, {"--toggle"}).exitCode, 0);
     QTRY_VERIFY_WITH_TIMEOUT(alertVisible(), 5000);
@@ -455,8 +481,7 @@ void AppEndToEndTest::damagedPresetsAreToldWhenAWindowFirstShows() {
     QTRY_VERIFY(visiblePanel().isEmpty());
     QCOMPARE(run(SCRIVEL_APP_PATH, {}).exitCode, 0);
     QTRY_VERIFY_WITH_TIMEOUT(mainWindowVisible(), 5000);
-    QTest::qWait(500);
-    QVERIFY(!alertVisible());
+    QVERIFY(!QTest::qWaitFor([this] { return alertVisible(); }, 500));
 }
 
 void AppEndToEndTest::unwritableSettingsAreOneAlert() {
@@ -468,8 +493,12 @@ void AppEndToEndTest::unwritableSettingsAreOneAlert() {
     blocker.close();
     startApp();
     QTRY_VERIFY_WITH_TIMEOUT(alertVisible(), 10000);
-    QTest::qWait(500);
-    QCOMPARE(test::visibleWindows({"--name", "^Scrivel$"}).size(), 1);
+    // One alert for all the failed writes: no other comes.
+    QVERIFY(!QTest::qWaitFor(
+        [] {
+            return test::visibleWindows({"--name", "^Scrivel$"}).size() != 1;
+        },
+        500));
     xdotool({"key", "Return"});
     QTRY_VERIFY(!alertVisible());
     // The presets are held in memory: the app runs on.
