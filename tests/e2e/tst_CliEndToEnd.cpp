@@ -213,7 +213,8 @@ void CliEndToEndTest::interruptCancelsAStalledStream() {
     process.write("text");
     process.closeWriteChannel();
     QTRY_COMPARE_WITH_TIMEOUT(m_server->requests().size(), 1, 10000);
-    QTest::qWait(200); // the partial reply is on its way
+    // Paces the interrupt: the partial reply, already sent, is read first.
+    QTest::qWait(200);
     ::kill(pid_t(process.processId()), SIGINT);
     QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, 3000);
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);

@@ -115,15 +115,20 @@ void MainWindowEndToEndTest::aDraggedPresetKeepsItsRowAndStaysSelected() {
     // active preset.
     QCOMPARE(run(SCRIVEL_APP_PATH, {}).exitCode, 0);
     QRect window;
+    QString windowID;
     QVERIFY(QTest::qWaitFor(
         [&] {
-            for (const auto& found : test::visibleWindows({"--name", "^Scrivel$"}))
-                if (found.geometry.width() >= 720)
+            for (const auto& found : test::visibleWindows({"--name", "^Scrivel$"})) {
+                if (found.geometry.width() >= 720) {
+                    windowID = found.id;
                     window = found.geometry;
+                }
+            }
             return !window.isEmpty();
         },
         5000));
-    QTest::qWait(500);
+    // The keys below go to it once the window manager has given it the focus.
+    QTRY_COMPARE(xdotool({"getwindowfocus"}).trimmed(), windowID.toLatin1());
 
     // The rows, measured on the screen from the selected first one.
     const int x = window.left() + 6;
@@ -139,15 +144,18 @@ void MainWindowEndToEndTest::aDraggedPresetKeepsItsRowAndStaysSelected() {
     xdotool({"mousemove", column, QString::number(rowCentre(0)), "mousedown", "1"});
     for (int y = rowCentre(0); y <= rowCentre(2) + rowHeight / 4; y += 6) {
         xdotool({"mousemove", column, QString::number(y)});
-        QTest::qWait(20);
+        QTest::qWait(20); // paces the drag as a hand moves
     }
-    QTest::qWait(200);
+    QTest::qWait(200); // paces the drop: a hand rests before it lets go
     xdotool({"mouseup", "1"});
 
     QTRY_COMPARE(presets(), QStringList({"  Make Concise", "  Improve Prompt", "* Fix"}));
-    // The dragged preset is still selected, in its new place.
-    QTest::qWait(300);
-    band = selectedBand(x, window.top() - 80, window.top() + 300);
+    // The dragged preset is still selected, in its new place (once drawn).
+    const auto selectedRowIs = [&](int row) {
+        band = selectedBand(x, window.top() - 80, window.top() + 300);
+        return band && qAbs(band->first - (firstTop + row * rowHeight)) <= 2;
+    };
+    (void)QTest::qWaitFor([&] { return selectedRowIs(2); }, 5000);
     QVERIFY2(band, "no row is selected");
     QVERIFY2(qAbs(band->first - (firstTop + 2 * rowHeight)) <= 2,
              qPrintable(QStringLiteral("the selected row is at %1, not at %2")
@@ -157,7 +165,7 @@ void MainWindowEndToEndTest::aDraggedPresetKeepsItsRowAndStaysSelected() {
     const QStringList order{"Make Concise", "Improve Prompt", "Fix"};
     for (int row = 0; row < order.size(); ++row) {
         xdotool({"mousemove", column, QString::number(rowCentre(row)), "click", "1"});
-        QTest::qWait(200);
+        QTRY_VERIFY2(selectedRowIs(row), qPrintable(order[row]));
         xdotool({"key", "ctrl+u"});
         QTRY_VERIFY2(presets().contains(QStringLiteral("* ") + order[row]), qPrintable(order[row]));
     }
