@@ -107,7 +107,7 @@ private:
     }
 
     QString m_python;
-    QProcess m_windowManager;
+    std::unique_ptr<QProcess> m_windowManager;
     std::unique_ptr<QTemporaryDir> m_home;
     QProcessEnvironment m_env;
     std::unique_ptr<ScriptedHttpServer> m_server;
@@ -126,16 +126,13 @@ void SelectionEndToEndTest::initTestCase() {
     if (m_python.isEmpty())
         QSKIP("needs Python with Tk (python3-tk)");
     // A real window manager: focus moves the way users know it.
-    m_windowManager.start(u"openbox"_s, {u"--sm-disable"_s});
-    QVERIFY(m_windowManager.waitForStarted());
-    QTRY_VERIFY_WITH_TIMEOUT(test::runProcess(u"xprop"_s, {"-root", "_NET_SUPPORTING_WM_CHECK"},
-                                              QProcessEnvironment::systemEnvironment(), {}, 5000)
-                                 .out.contains("window id"),
-                             10000);
+    m_windowManager = test::startWindowManager();
+    QVERIFY2(m_windowManager, "openbox did not start");
 }
 
 void SelectionEndToEndTest::cleanupTestCase() {
-    test::stopProcess(m_windowManager);
+    if (m_windowManager)
+        test::stopProcess(*m_windowManager);
 }
 
 void SelectionEndToEndTest::init() {

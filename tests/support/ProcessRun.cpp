@@ -84,19 +84,29 @@ std::unique_ptr<QProcess> startWindowManager() {
     auto manager = std::make_unique<QProcess>();
     manager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     manager->setStandardOutputFile(QProcess::nullDevice());
-    manager->start(QStringLiteral("openbox"), {QStringLiteral("--sm-disable")});
+    // --replace: one that an earlier suite stopped may still be letting go.
+    manager->start(QStringLiteral("openbox"),
+                   {QStringLiteral("--sm-disable"), QStringLiteral("--replace")});
     if (!manager->waitForStarted())
         return nullptr;
+    QByteArray seen;
+    // Returns as soon as it manages; the bound only matters on a loaded
+    // machine, where its start-up (fonts, theme) can take seconds.
     const bool managing = QTest::qWaitFor(
         [&] {
             QProcess xprop;
             xprop.start(QStringLiteral("xprop"), {"-root", "_NET_SUPPORTING_WM_CHECK"});
             xprop.waitForFinished(2000);
-            return manager->state() == QProcess::Running &&
-                   xprop.readAllStandardOutput().contains("window id");
+            seen = xprop.readAllStandardOutput().trimmed();
+            return manager->state() != QProcess::Running || seen.contains("window id");
         },
-        5000);
-    if (!managing) {
+        20000);
+    if (!managing || manager->state() != QProcess::Running) {
+        qWarning().noquote() << "openbox did not start managing windows: it"
+                             << (manager->state() == QProcess::Running
+                                     ? QStringLiteral("still runs")
+                                     : QStringLiteral("exited with %1").arg(manager->exitCode()))
+                             << "and the root window says:" << QString::fromLocal8Bit(seen);
         stopProcess(*manager);
         return nullptr;
     }
