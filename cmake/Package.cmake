@@ -29,6 +29,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Keys go to the desktop's Secret Service where one runs; a private key file
 # stands in otherwise.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS gnome-keyring)
+# Native windows and the clipboard on Wayland sessions (without it Qt falls
+# back to XWayland), and Qt's own words in other languages: the key names
+# of shortcuts ("Strg+Alt+Return") and its standard dialogs.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-wayland, qt6-translations-l10n")
 # scrivel_<version>_<arch>.deb
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
