@@ -84,10 +84,8 @@ private:
 void AppEndToEndTest::initTestCase() {
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
         QSKIP("needs an X display (scripts/test provides Xvfb)");
-    for (const char* program : {"xdotool", "xclip"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty())
-            QSKIP("needs xdotool and xclip");
-    }
+    if (!test::hasPrograms({"xdotool", "xclip"}))
+        QSKIP("needs xdotool and xclip");
     m_display = std::make_unique<test::X11TestClient>();
     QVERIFY(m_display->isConnected());
 }

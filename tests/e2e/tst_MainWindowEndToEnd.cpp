@@ -41,10 +41,8 @@ private:
 void MainWindowEndToEndTest::initTestCase() {
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
         QSKIP("needs an X display (scripts/test provides Xvfb)");
-    for (const char* program : {"xdotool", "openbox", "xprop", "import"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty())
-            QSKIP("needs xdotool, openbox, xprop and ImageMagick (scripts/install-deps)");
-    }
+    if (!test::hasPrograms({"xdotool", "openbox", "xprop", "import"}))
+        QSKIP("needs xdotool, openbox, xprop and ImageMagick (scripts/install-deps)");
     m_windowManager = test::startWindowManager();
     QVERIFY2(m_windowManager, "openbox did not start");
 }

@@ -118,10 +118,8 @@ private:
 void SelectionEndToEndTest::initTestCase() {
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
         QSKIP("needs an X display (scripts/test provides Xvfb)");
-    for (const char* program : {"xdotool", "xclip", "xprop", "openbox"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty())
-            QSKIP("needs xdotool, xclip, xprop and openbox (scripts/install-deps)");
-    }
+    if (!test::hasPrograms({"xdotool", "xclip", "xprop", "openbox"}))
+        QSKIP("needs xdotool, xclip, xprop and openbox (scripts/install-deps)");
     m_python = tkPython();
     if (m_python.isEmpty())
         QSKIP("needs Python with Tk (python3-tk)");

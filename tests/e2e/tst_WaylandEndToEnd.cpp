@@ -65,10 +65,8 @@ private:
 void WaylandEndToEndTest::initTestCase() {
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
         QSKIP("needs an X display for weston's X11 backend (scripts/test provides Xvfb)");
-    for (const char* program : {"weston", "wl-paste", "xdotool", "dbus-send"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty())
-            QSKIP("needs weston, wl-clipboard and xdotool (scripts/install-deps)");
-    }
+    if (!test::hasPrograms({"weston", "wl-paste", "xdotool", "dbus-send"}))
+        QSKIP("needs weston, wl-clipboard and xdotool (scripts/install-deps)");
     if (!QDBusConnection::sessionBus().isConnected())
         QSKIP("needs a session bus (scripts/test runs one)");
     // No on-screen keyboard over the panel.

@@ -70,10 +70,8 @@ private:
 void WindowManagerEndToEndTest::initTestCase() {
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
         QSKIP("needs an X display (scripts/test provides Xvfb)");
-    for (const char* program : {"openbox", "xdotool", "xclip", "xev", "xprop"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty())
-            QSKIP("needs openbox, xdotool, xclip, xev and xprop (scripts/install-deps)");
-    }
+    if (!test::hasPrograms({"openbox", "xdotool", "xclip", "xev", "xprop"}))
+        QSKIP("needs openbox, xdotool, xclip, xev and xprop (scripts/install-deps)");
     m_windowManager = test::startWindowManager();
     QVERIFY2(m_windowManager, "openbox did not start (is another window manager running?)");
 }

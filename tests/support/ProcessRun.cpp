@@ -6,7 +6,9 @@
 #include <QFile>
 #include <QHash>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
+#include <algorithm>
 
 namespace scrivel::test {
 
@@ -61,6 +63,12 @@ QString writeLocalPresetPack(const QString& folder, const QString& baseURL) {
     if (!file.open(QIODevice::WriteOnly) || file.write(*pack.encode()) < 0)
         return {};
     return path;
+}
+
+bool hasPrograms(std::initializer_list<const char*> programs) {
+    return std::ranges::all_of(programs, [](const char* program) {
+        return !QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty();
+    });
 }
 
 QByteArray xdotool(const QStringList& arguments) {

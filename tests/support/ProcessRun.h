@@ -5,6 +5,7 @@
 #include <QProcessEnvironment>
 #include <QRect>
 #include <QStringList>
+#include <initializer_list>
 #include <memory>
 
 namespace scrivel::test {
@@ -34,6 +35,9 @@ ProcessRun runProcess(const QString& program, const QStringList& arguments,
 // baseURL into folder and returns the file's path (empty if it could not be
 // written).
 QString writeLocalPresetPack(const QString& folder, const QString& baseURL);
+
+// Whether every one of these programs is on the PATH.
+bool hasPrograms(std::initializer_list<const char*> programs);
 
 // Runs xdotool with these arguments and returns what it printed.
 QByteArray xdotool(const QStringList& arguments);
